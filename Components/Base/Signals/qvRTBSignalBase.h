@@ -38,8 +38,9 @@ public:
     Connection * addCallback(FunctionBase * function);
 
     // Ends a connection of this signal and deletes its callback, which happens after the call when it is running. The
-    // argument is searched for by its address alone, the latest connections first: a connection of another signal, one
-    // that has ended, or null does nothing.
+    // argument is searched for by its address alone, the latest connections first, and never looked into: a connection
+    // of another signal or null does nothing. One that has ended does nothing either, as long as no newer connection
+    // has taken its address.
     void disconnect(Connection * connection);
 
     // The length of the list. A connection that was ended while it runs is counted until its run is over.
