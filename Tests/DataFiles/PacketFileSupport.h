@@ -139,11 +139,15 @@ inline bool isDebug(Form form) {
 
 inline ioWriteMethod methodOf(Form form) {
     switch (form) {
-    case Form::ascii: return ioWriteAscii;
-    case Form::asciiDebug: return ioWriteAsciiDebug;
+    case Form::ascii:
+        return ioWriteAscii;
+    case Form::asciiDebug:
+        return ioWriteAsciiDebug;
     case Form::binary:
-    case Form::binarySwapped: return ioWriteBinary;
-    default: return ioWriteBinaryDebug;
+    case Form::binarySwapped:
+        return ioWriteBinary;
+    default:
+        return ioWriteBinaryDebug;
     }
 }
 

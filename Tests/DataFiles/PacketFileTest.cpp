@@ -95,7 +95,9 @@ public:
         int depth = 0;
         for (int i = below(40); i > 0; --i) {
             switch (below(10)) {
-            case 0: steps.push_back({Step::startChunk, false, ""}); break;
+            case 0:
+                steps.push_back({Step::startChunk, false, ""});
+                break;
             case 1:
                 steps.push_back({Step::startSubPacket, false, ""});
                 ++depth;
@@ -106,9 +108,14 @@ public:
                     --depth;
                 }
                 break;
-            case 3: steps.push_back({Step::text, false, makeText()}); break;
-            case 4: steps.push_back(makeArray()); break;
-            default: steps.push_back({Step::field, makeValue(), ""});
+            case 3:
+                steps.push_back({Step::text, false, makeText()});
+                break;
+            case 4:
+                steps.push_back(makeArray());
+                break;
+            default:
+                steps.push_back({Step::field, makeValue(), ""});
             }
         }
         for (; depth > 0; --depth) {
@@ -125,8 +132,12 @@ private:
         if constexpr (std::is_same_v<T, bool>) {
             return below(2) == 1;
         } else if constexpr (std::is_floating_point_v<T>) {
-            T const special[] = {0, T(-0.0), std::numeric_limits<T>::infinity(), std::numeric_limits<T>::max(),
-                                 std::numeric_limits<T>::denorm_min(), T(0.1)};
+            T const special[] = {0,
+                                 T(-0.0),
+                                 std::numeric_limits<T>::infinity(),
+                                 std::numeric_limits<T>::max(),
+                                 std::numeric_limits<T>::denorm_min(),
+                                 T(0.1)};
             return below(3) == 0 ? special[below(6)] : static_cast<T>(std::ldexp(double(random_()), below(100) - 80));
         } else {
             T const special[] = {0, std::numeric_limits<T>::min(), std::numeric_limits<T>::max(), 7};
@@ -172,11 +183,21 @@ private:
 void run(std::vector<Step> const & steps, ioWriteContext & to) {
     for (Step const & step : steps) {
         switch (step.kind) {
-        case Step::field: write(to, step.value); break;
-        case Step::text: to.writeCString(step.bytes.c_str()); break;
-        case Step::startChunk: to.startChunk(); break;
-        case Step::startSubPacket: to.startSubPacket(); break;
-        case Step::endSubPacket: to.endSubPacket(); break;
+        case Step::field:
+            write(to, step.value);
+            break;
+        case Step::text:
+            to.writeCString(step.bytes.c_str());
+            break;
+        case Step::startChunk:
+            to.startChunk();
+            break;
+        case Step::startSubPacket:
+            to.startSubPacket();
+            break;
+        case Step::endSubPacket:
+            to.endSubPacket();
+            break;
         case Step::array:
             std::visit(
                 [&](auto sample) {
@@ -204,10 +225,18 @@ void check(std::vector<Step> const & steps, Form form, ioReadContext & from) {
         case Step::field:
             std::visit([&](auto wanted) { expectValue(form, wanted, readOne<decltype(wanted)>(from)); }, step.value);
             break;
-        case Step::text: EXPECT_STREQ(step.bytes.c_str(), from.readCString()); break;
-        case Step::startChunk: from.nextChunk(); break;
-        case Step::startSubPacket: from.startSubPacket(); break;
-        case Step::endSubPacket: from.endSubPacket(); break;
+        case Step::text:
+            EXPECT_STREQ(step.bytes.c_str(), from.readCString());
+            break;
+        case Step::startChunk:
+            from.nextChunk();
+            break;
+        case Step::startSubPacket:
+            from.startSubPacket();
+            break;
+        case Step::endSubPacket:
+            from.endSubPacket();
+            break;
         case Step::array:
             std::visit(
                 [&](auto sample) {
@@ -357,8 +386,12 @@ TEST_P(PacketFile, FieldsBehindThePacketAreZeroAndMakeItBad) {
             EXPECT_EQ(5, from.readInt());
             int array[3] = {1, 1, 1};
             switch (kind) {
-            case 0: EXPECT_EQ(0u, from.readUInt64()); break;
-            case 1: EXPECT_EQ(isAscii(GetParam()), from.readCString() == nullptr); break;
+            case 0:
+                EXPECT_EQ(0u, from.readUInt64());
+                break;
+            case 1:
+                EXPECT_EQ(isAscii(GetParam()), from.readCString() == nullptr);
+                break;
             case 2:
                 from.readIntArray(array, 3);
                 EXPECT_THAT(array, testing::Each(0));

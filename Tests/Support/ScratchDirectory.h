@@ -8,8 +8,8 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <stdlib.h>
 #include <stdexcept>
+#include <stdlib.h>
 #include <string>
 
 namespace qvTest {
@@ -36,9 +36,7 @@ private:
     std::filesystem::path path_;
 };
 
-inline qvString::IString wide(std::string const & text) {
-    return qvString::IString(text.c_str(), qvString::UTF8);
-}
+inline qvString::IString wide(std::string const & text) { return qvString::IString(text.c_str(), qvString::UTF8); }
 
 inline std::string bytesOf(std::string const & path) {
     std::ifstream file(path, std::ios::binary);

@@ -13,7 +13,7 @@
 
 namespace {
 
-template <int size>
+template <std::size_t size>
 void putText(ioPacketBytes & bytes, char const (&text)[size]) {
     bytes.put(text, size - 1);
 }
@@ -129,9 +129,9 @@ int ioPacketFileAsciiBuffer::readFromStream(ioReadContext & context, ioBufferedS
 
 void ioPacketFileAsciiBuffer::endRead(ioReadContext &) { at_ = end_; }
 
-template <int size>
+template <std::size_t size>
 bool ioPacketFileAsciiBuffer::startsWith(char const (&text)[size]) const {
-    return end_ - at_ >= size - 1 && std::memcmp(at_, text, size - 1) == 0;
+    return static_cast<std::size_t>(end_ - at_) >= size - 1 && std::memcmp(at_, text, size - 1) == 0;
 }
 
 // A newline is how the frames of chunks and sub-packets begin; a field never does.

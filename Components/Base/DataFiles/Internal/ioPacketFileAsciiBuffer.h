@@ -41,7 +41,7 @@ public:
     bool isRegularEnd() const { return absentLevels_ > 0 || at_ != end_; }
 
 private:
-    template <int size>
+    template <std::size_t size>
     bool startsWith(char const (&text)[size]) const;
     bool loadText(ioBufferedStreamInput & stream);
     int takeFrameNumber();
