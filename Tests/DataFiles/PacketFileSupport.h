@@ -14,6 +14,7 @@
 #include "Base/DataFiles/ioPacketRegistry.h"
 #include "Base/DataFiles/ioPacketType.h"
 #include "Base/DataFiles/ioReadContext.h"
+#include "Base/DataFiles/ioReferenceMap.h"
 #include "Base/DataFiles/ioWriteContext.h"
 #include "Support/ScratchDirectory.h"
 

@@ -255,15 +255,17 @@ void check(std::vector<Step> const & steps, Form form, ioReadContext & from) {
     }
 }
 
+std::string nameOfForm(testing::TestParamInfo<Form> const & form) {
+    char const * const names[] = {"Ascii",       "Binary",        "AsciiDebug",
+                                  "BinaryDebug", "BinarySwapped", "BinaryDebugSwapped"};
+    return names[static_cast<int>(form.param)];
+}
+
 } // namespace
 
 class PacketFile : public testing::TestWithParam<Form> {};
 
-INSTANTIATE_TEST_SUITE_P(Forms, PacketFile, testing::ValuesIn(allForms), [](auto const & info) {
-    char const * const names[] = {"Ascii",       "Binary",        "AsciiDebug",
-                                  "BinaryDebug", "BinarySwapped", "BinaryDebugSwapped"};
-    return std::string(names[static_cast<int>(info.param)]);
-});
+INSTANTIATE_TEST_SUITE_P(Forms, PacketFile, testing::ValuesIn(allForms), nameOfForm);
 
 TEST_P(PacketFile, AnyFieldsInAnyNestingComeBack) {
     for (unsigned seed = 1; seed <= 60; ++seed) {
@@ -520,7 +522,10 @@ TEST_P(PacketFile, UnknownTypesAreSkippedAndCounted) {
     void * locations[3] = {&object, &object, &object};
     int next = 0;
     TestRegistry reading(true);
-    reading.with("test.known", [&](ioReadContext & from) { from.readReferenceUsage(&locations[next++], 70 + next); });
+    reading.with("test.known", [&](ioReadContext & from) {
+        from.readReferenceUsage(&locations[next], 70 + next);
+        ++next;
+    });
     Reader reader(file, reading);
     EXPECT_EQ(ioGood, reader.read());
     EXPECT_EQ(3, next);

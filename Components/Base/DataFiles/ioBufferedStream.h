@@ -17,7 +17,7 @@ class Socket;
 class ioBuffer;
 
 // Status of a buffered stream.
-enum ioStreamStatus {
+enum ioStreamStatus : int {
     ioStreamGood = 0,           // no failure
     ioStreamOpenFailed = 1,     // the stream could not be opened
     ioStreamEOF = 2,            // end of the data

@@ -14,7 +14,7 @@ class ioPacketType;
 class ioReferenceMap;
 
 // Status of a packet-file context.
-enum ioStatus {
+enum ioStatus : int {
     ioGood = 0,          // no failure
     ioFailed = 1,        // general failure, or a context used the wrong way
     ioOpenFailed = 2,    // the stream could not be opened

@@ -9,10 +9,10 @@ class ioBufferedStreamInput;
 class ioBufferedStreamOutput;
 
 // The form of a file, as its header numbers it. In the debug forms every field carries a tag of its type.
-enum ioWriteMethod { ioWriteAscii = 0, ioWriteBinary = 1, ioWriteAsciiDebug = 2, ioWriteBinaryDebug = 3 };
+enum ioWriteMethod : int { ioWriteAscii = 0, ioWriteBinary = 1, ioWriteAsciiDebug = 2, ioWriteBinaryDebug = 3 };
 
 // How a file is to be read on this machine.
-enum ioReadMethod {
+enum ioReadMethod : int {
     ioReadInvalid = 0,
     ioReadBinarySameEndian = 1,
     ioReadBinarySwapped = 2,

@@ -7,7 +7,7 @@
 
 #include <memory>
 
-enum ioBufferStatus {
+enum ioBufferStatus : int {
     ioBufferGood = 0,
     ioBufferOpenFailed = 1,
     ioBufferEOF = 2,

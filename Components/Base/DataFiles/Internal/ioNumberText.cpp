@@ -26,9 +26,15 @@ Sign signAt(char const * begin, char const * end) {
     return {false, begin};
 }
 
+template <typename Unsigned>
+struct Magnitude {
+    Unsigned value;
+    bool overflow;
+};
+
 // The digits' value, or the largest value when they say more.
 template <typename Unsigned>
-Unsigned magnitude(char const *& at, char const * end) {
+Magnitude<Unsigned> magnitude(char const *& at, char const * end) {
     constexpr Unsigned largest = std::numeric_limits<Unsigned>::max();
     Unsigned value = 0;
     bool overflow = false;
@@ -37,14 +43,14 @@ Unsigned magnitude(char const *& at, char const * end) {
         overflow = overflow || value > (largest - digit) / 10;
         value = static_cast<Unsigned>(value * 10 + digit);
     }
-    return overflow ? largest : value;
+    return {overflow ? largest : value, overflow};
 }
 
 template <typename Signed, typename Unsigned>
 Signed parseSigned(char const * begin, char const * end, char const ** next) {
     Sign const sign = signAt(begin, end);
     char const * at = sign.behind;
-    Unsigned const value = magnitude<Unsigned>(at, end);
+    Unsigned const value = magnitude<Unsigned>(at, end).value;
     if (next) {
         *next = at == sign.behind ? begin : at;
     }
@@ -59,13 +65,12 @@ template <typename Unsigned>
 Unsigned parseUnsigned(char const * begin, char const * end, char const ** next) {
     Sign const sign = signAt(begin, end);
     char const * at = sign.behind;
-    Unsigned const value = magnitude<Unsigned>(at, end);
+    auto const [value, overflow] = magnitude<Unsigned>(at, end);
     if (next) {
         *next = at == sign.behind ? begin : at;
     }
     // A number that is too large stays the largest one, whatever its sign.
-    bool const negate = sign.negative && value != std::numeric_limits<Unsigned>::max();
-    return negate ? static_cast<Unsigned>(Unsigned{0} - value) : value;
+    return sign.negative && !overflow ? static_cast<Unsigned>(Unsigned{0} - value) : value;
 }
 
 bool startsHexadecimal(char const * at, char const * end) {
@@ -155,7 +160,7 @@ double parseDouble(char const * begin, char const * end, char const ** next) {
     if (next) {
         *next = at == sign.behind ? begin : at;
     }
-    return sign.negative ? -value : value;
+    return sign.negative && at != sign.behind ? -value : value;
 }
 
 } // namespace ioNumberText

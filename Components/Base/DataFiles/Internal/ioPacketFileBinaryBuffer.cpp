@@ -144,7 +144,7 @@ void ioPacketFileBinaryBuffer::readChunkStart(ioReadContext & context) {
     setChunkOpen(true);
 }
 
-bool ioPacketFileBinaryBuffer::readChunkValid() { return !nesting_.isEmpty() && nesting_.back().chunkHasData; }
+bool ioPacketFileBinaryBuffer::readChunkValid() { return !nesting_.empty() && nesting_.back().chunkHasData; }
 
 void ioPacketFileBinaryBuffer::readChunkEnd(ioReadContext &) {
     Nesting & nesting = nesting_.back();
