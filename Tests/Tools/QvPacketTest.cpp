@@ -1,14 +1,13 @@
 // The program qvpacket, run on files of the library's own writers and on damaged ones.
 
 #include "DataFiles/PacketFileSupport.h"
+#include "Support/SeededRandom.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
-#include <random>
-#include <regex>
 #include <sstream>
 #include <sys/wait.h>
 
@@ -16,7 +15,7 @@ using namespace qvTest;
 
 namespace {
 
-struct Run {
+struct Outcome {
     int status; // of the exit, -1 when it was none
     std::string out;
     std::string err;
@@ -25,7 +24,7 @@ struct Run {
 class QvPacket : public testing::Test {
 protected:
     // In the scratch directory, through the shell.
-    Run run(std::string const & arguments) const {
+    Outcome run(std::string const & arguments) const {
         std::string const out = scratch_.path(".out");
         std::string const err = scratch_.path(".err");
         std::string const line = "cd " + scratch_.path("") + " && '" QVPACKET_PROGRAM "' 2> .err > .out " + arguments;
@@ -38,7 +37,7 @@ protected:
     // What `check` says about these bytes, without the name of the file.
     std::string faultOf(std::string const & bytes) const {
         put("f", bytes);
-        Run const result = run("check f");
+        Outcome const result = run("check f");
         EXPECT_EQ(result.out, "");
         EXPECT_EQ(result.status, result.err.empty() ? 0 : 1) << result.err;
         return result.err.empty() ? "sound" : result.err.substr(3, result.err.size() - 4);
@@ -105,14 +104,33 @@ std::string itemFile(Form form, std::function<void(ioWriteContext &)> const & fi
 
 // A dump without its heading, and without what depends on the encoding: where packets stand and how long they are.
 std::string fieldsOf(std::string const & dump) {
-    std::string const packets = dump.substr(dump.find("\n", dump.find("demo.arrays")) + 1);
-    return std::regex_replace(packets, std::regex("(^|\n)[0-9]+: (.*), [0-9]+ bytes"), "$1$2");
+    std::istringstream lines(dump);
+    std::string fields;
+    for (std::string line; std::getline(lines, line);) {
+        std::size_t const colon = line.find(": ");
+        if (line[0] != ' ' && colon != line.npos) {
+            fields += line.substr(colon + 2, line.rfind(", ") - colon - 2) + "\n";
+        } else if (!fields.empty()) {
+            fields += line + "\n";
+        }
+    }
+    return fields;
 }
 
-// What is left of a dump where nothing but strings shows its type.
+// What is left of a dump where nothing but strings shows its type, and without indentation.
 std::string withoutTypes(std::string const & fields) {
-    return std::regex_replace(std::regex_replace(fields, std::regex("\n *BoolArray"), ""),
-                              std::regex("\n *((Bool|U?Char|U?Short|U?Int|U?Int64|Float|Double|Reference) )?"), "\n");
+    static std::string const numbers = " Bool Char UChar Short UShort Int UInt Int64 UInt64 Float Double Reference ";
+    std::istringstream lines(fields);
+    std::string values;
+    for (std::string line; std::getline(lines, line);) {
+        line.erase(0, line.find_first_not_of(' '));
+        std::size_t const wordEnd = line.find(' ');
+        if (wordEnd != line.npos && numbers.find(" " + line.substr(0, wordEnd + 1)) != numbers.npos) {
+            line.erase(0, wordEnd + 1);
+        }
+        values += line == "BoolArray" ? "" : line + "\n";
+    }
+    return values;
 }
 
 constexpr char header[] = "^@\n1\n1 0 1\n1 2 4 8 4 8 4\n@\n";
@@ -188,7 +206,7 @@ TEST_F(QvPacket, TellsOfTheFieldsOfAllForms) {
         SCOPED_TRACE(static_cast<int>(form));
         std::string const file = itemFile(form);
         EXPECT_EQ(faultOf(file), "sound");
-        Run const dump = run("dump f");
+        Outcome const dump = run("dump f");
         EXPECT_EQ(dump.status, 0) << dump.err;
         EXPECT_EQ(dump.out.find(isSwapped(form) ? "big endian" : "little endian"), dump.out.find(", ") + 2);
         if (isDebug(form)) {
@@ -208,22 +226,22 @@ TEST_F(QvPacket, ShowsBytesWhereTheFormTellsNoMore) {
     EXPECT_EQ(run("dump plain").out, "binary, little endian, version 1\n"
                                      "type 0 packetFile_string\ntype 1 packetFile_EOF\ntype 2 demo.item\n"
                                      "type 3 demo.arrays\n"
-                                     "106: demo.item, 34 bytes\n"
+                                     "104: demo.item, 34 bytes\n"
                                      "  Reference 1\n"
-                                     "  0000007a  30 31 32 33 34 35 36 37 38 39 61 62 63 64 65 66  0123456789abcdef\n"
-                                     "  0000008a  0a 00                                            ..\n"
-                                     "140: packetFile_EOF, 12 bytes\n");
+                                     "  00000078  30 31 32 33 34 35 36 37 38 39 61 62 63 64 65 66  0123456789abcdef\n"
+                                     "  00000088  0a 00                                            ..\n"
+                                     "138: packetFile_EOF, 12 bytes\n");
     put("arrays", itemFile(Form::binaryDebug, fillArrays));
     EXPECT_EQ(fieldsOf(run("dump arrays").out),
               "demo.arrays\n"
               "  chunk\n"
               "    ShortArray\n"
-              "      0000007d  02 01 fe ff                                      ....\n"
+              "      0000007b  02 01 fe ff                                      ....\n"
               "  chunk\n"
               "    Int 3\n"
               "    DoubleArray\n"
-              "      0000008d  00 00 00 00 00 00 f0 3f 00 00 00 00 00 00 04 c0  .......?........\n"
-              "      0000009d  00 00 00 00 00 00 08 40                          .......@\n"
+              "      0000008b  00 00 00 00 00 00 f0 3f 00 00 00 00 00 00 04 c0  .......?........\n"
+              "      0000009b  00 00 00 00 00 00 08 40                          .......@\n"
               "packetFile_EOF\n");
     put("arrays", itemFile(Form::asciiDebug, fillArrays));
     EXPECT_EQ(fieldsOf(run("dump arrays").out), "demo.arrays\n"
@@ -250,17 +268,17 @@ TEST_F(QvPacket, CountsPacketsByType) {
     put("a", bare);
     put("b", bare + bare);
     put("c", bare.substr(0, bare.size() - 8));
-    Run const several = run("show a b c");
+    Outcome const several = run("show a b c");
     EXPECT_EQ(several.status, 1);
-    EXPECT_EQ(several.err, "c: offset 42: the file ends without an end packet\n");
+    EXPECT_EQ(several.err, "c: offset 37: the file ends without an end packet\n");
     std::string const top = "form        ascii, version 1\nbyte order  little endian\nregistry    left out\n"
-                            "header      34 bytes, with the registry\n"
+                            "header      29 bytes, with the registry\n"
                             "    number   packets   objects         bytes  type\n";
     std::string const seven = "         7         1         0             8  type 7\n";
     std::string const table = "         1         1         0             8  type 1\n" + seven +
                               "     total         2         0            16\n";
     EXPECT_EQ(several.out, "== a\n" + top + table + "== b\n" + top + table +
-                               "note: 50 bytes follow the end packet\n== c\n" + top + seven +
+                               "note: 45 bytes follow the end packet\n== c\n" + top + seven +
                                "     total         1         0             8\n");
     EXPECT_EQ(run("check a b").status, 0);
 }
@@ -275,7 +293,7 @@ TEST_F(QvPacket, FindsEveryCut) {
         for (std::size_t length = 0; length < file.size(); ++length) {
             put("cut." + std::to_string(length), file.substr(0, length));
         }
-        Run const result = run("check cut.*");
+        Outcome const result = run("check cut.*");
         EXPECT_EQ(result.status, 1);
         std::istringstream lines(result.err);
         std::size_t found = 0;
@@ -306,14 +324,14 @@ TEST_F(QvPacket, TellsWhatIsWrongWithAHeader) {
         {"1 0 1\n", "1 0 0\n", "offset 9: the format flag is not 1"},
         {"4 8 4\n@", "4 8\n@", "offset 22: the size line is not seven numbers with blanks between them"},
         {"8 4\n@", "8 4\n#", "offset 25: the end line of the header is missing"},
-        {"   1 p", "   2 p", "offset 49: a line of the registry does not begin with the number 1"},
-        {"   1 p", "1 p", "offset 49: a line of the registry does not begin with the number 1"},
+        {"   1 p", "   2 p", "offset 50: a line of the registry does not begin with the number 1"},
+        {"   1 p", "1 p", "offset 50: a line of the registry does not begin with the number 1"},
         {"packetFile_string", "string", "offset 32: type 0 is not packetFile_string"},
-        {"packetFile_EOF", "packetFile_End", "offset 54: type 1 is not packetFile_EOF"},
-        {"demo.item", "packetFile_EOF", "offset 69: the name of type 2 stands twice"},
-        {"demo.item", "demo item", "offset 78: there is white space in the name of a type"},
-        {"demo.item", "", "offset 74: a type has no name"},
-        {"@\n{", "@{", "offset 85: the end line of the registry is not complete"},
+        {"packetFile_EOF", "packetFile_End", "offset 55: type 1 is not packetFile_EOF"},
+        {"demo.item", "packetFile_EOF", "offset 70: the name of type 2 stands twice"},
+        {"demo.item", "demo item", "offset 79: there is white space in the name of a type"},
+        {"demo.item", "", "offset 75: a type has no name"},
+        {"@\n{", "@{", "offset 86: the end line of the registry is not complete"},
         {"   1 packetFile_EOF\n   2 demo.item\n", "", "offset 50: the registry has no packetFile_EOF"},
     };
     EXPECT_EQ(faultOf(good), "sound");
@@ -323,7 +341,7 @@ TEST_F(QvPacket, TellsWhatIsWrongWithAHeader) {
     std::string const longest(83, 'n');
     EXPECT_EQ(faultOf(replaced(good, "demo.item", longest)), "sound");
     EXPECT_EQ(faultOf(replaced(good, "demo.item", longest + "n")),
-              "offset 69: a line of the registry is longer than 89 bytes");
+              "offset 70: a line of the registry is longer than 89 bytes");
     // The sizes bind binary files only.
     EXPECT_EQ(faultOf(replaced(good, "1 2 4 8", "1 4 4 8")), "sound");
     EXPECT_EQ(faultOf(replaced(binaryFile("", 1), "1 2 4 8", "1 4 4 8")),
@@ -370,7 +388,7 @@ TEST_F(QvPacket, TellsWhatIsWrongWithAnAsciiPacket) {
         {0, "{ 2 0 \n  < 7 ] > }\n", 13, "a ] without its ["},
         {0, "{ 2 0 > }\n", 6, "a > without its <"},
         {0, "{ 2 0 \n  [ \n  [ ] ] }\n", 11, "a chunk stands directly in a chunk"},
-        {2, "{ 2 0 7 }\n", 6, "\"7\" is not the tag of a field"},
+        {2, "{ 2 0 7 }\n", 7, "\" \" is not the tag of a field"},
         {2, "{ 2 0 x7 }\n", 6, "\"x\" is not the tag of a field"},
         {2, "{ 2 0 \"a\" }\n", 6, "\"\\\"\" is not the tag of a field"},
         {2, "{ 2 0 sa }\n", 7, "there is no string behind the tag of a CString"},
@@ -389,7 +407,7 @@ TEST_F(QvPacket, TellsWhatIsWrongWithAnAsciiPacket) {
             << c.packet;
     }
     EXPECT_EQ(faultOf(asciiFile("{ 2 0 \"\\\\}\n")), "offset 93: a string has no end");
-    EXPECT_EQ(faultOf(replaced(asciiFile("{ 2 0 5 }\n"), "5 }", "5 \\}")), "offset 87: a packet has no closing brace");
+    EXPECT_EQ(faultOf(replaced(asciiFile("{ 2 0 \\}\n"), "{ 1 0 }\n", "")), "offset 87: a packet has no closing brace");
     EXPECT_EQ(faultOf(asciiFile(std::string("{ 2 0 \"\0\" }\n", 12))), "offset 94: there is a zero byte in a string");
     for (char const * number : {"-0", "1e+05", "-1.25e-300", "inf", "-inf", "nan", "-nan", "18446744073709551616"}) {
         EXPECT_EQ(faultOf(asciiFile(std::string("{ 2 0 ") + number + " }\n")), "sound") << number;
@@ -445,7 +463,7 @@ TEST_F(QvPacket, TellsWhatIsWrongWithABinaryPacket) {
 
 // Whatever the bytes, the program ends by itself with one of its own answers.
 TEST_F(QvPacket, SurvivesAnyBytes) {
-    std::mt19937 random(20240229);
+    SeededRandom random;
     for (Form const form : allForms) {
         std::string const file = itemFile(form, [](ioWriteContext & writer) {
             fillItem(writer);
@@ -454,16 +472,18 @@ TEST_F(QvPacket, SurvivesAnyBytes) {
         constexpr int numFiles = 400;
         for (int i = 0; i < numFiles; ++i) {
             std::string changed = file;
-            for (unsigned n = 1 + random() % 3; n > 0; --n) {
-                std::size_t const at = packetsAt(file) - 8 + random() % (file.size() - packetsAt(file) + 8);
-                static constexpr char likely[] = "{}[]<>\"\\ \n,.iIrsbB5\xFF\x7F";
-                changed[at] = random() % 2 ? static_cast<char>(random()) : likely[random() % sizeof likely];
+            static constexpr char likely[] = "{}[]<>\"\\ \n,.iIrsbB5\xFF\x7F";
+            std::size_t const from = packetsAt(file) - 8;
+            for (int n = 1 + random.below(3); n > 0; --n) {
+                auto const at = from + static_cast<std::size_t>(random.below(static_cast<int>(file.size() - from)));
+                changed[at] =
+                    random.oneIn(2) ? static_cast<char>(random.below(256)) : likely[random.below(sizeof likely)];
             }
             put("any." + std::to_string(i), changed);
         }
-        Run const checked = run("check any.*");
+        Outcome const checked = run("check any.*");
         EXPECT_EQ(checked.status, 1);
-        Run const dumped = run("dump any.*");
+        Outcome const dumped = run("dump any.*");
         EXPECT_EQ(dumped.status, 1);
         EXPECT_EQ(dumped.err, checked.err);
         EXPECT_EQ(run("show any.*").status & ~1, 0);
@@ -482,7 +502,7 @@ TEST_F(QvPacket, TakesNoMoreThanTheFileIsWorth) {
         nested += "> ";
     }
     put("nested", asciiFile("{ 2 0 " + nested + "}\n"));
-    Run const dump = run("dump nested");
+    Outcome const dump = run("dump nested");
     EXPECT_EQ(dump.status, 0);
     EXPECT_LT(dump.out.size(), depth * 300);
     EXPECT_NE(dump.out.find(" at depth 200000\n"), std::string::npos);
@@ -490,22 +510,22 @@ TEST_F(QvPacket, TakesNoMoreThanTheFileIsWorth) {
 
 TEST_F(QvPacket, AnswersToItsArguments) {
     EXPECT_EQ(run("--version").out, "qvpacket " QVPACKET_VERSION "\n");
-    Run const help = run("--help");
+    Outcome const help = run("--help");
     EXPECT_EQ(help.status, 0);
     for (char const * wrong : {"", "show", "check", "dump", "list f", "--check f"}) {
-        Run const result = run(wrong);
+        Outcome const result = run(wrong);
         EXPECT_EQ(result.status, 2) << wrong;
         EXPECT_EQ(result.out, "");
         EXPECT_EQ(result.err, help.out);
     }
     put("good", asciiFile(""));
     put("bad", "no packet file");
-    Run const unreadable = run("check good nowhere bad .");
+    Outcome const unreadable = run("check good nowhere bad .");
     EXPECT_EQ(unreadable.status, 2);
     EXPECT_EQ(unreadable.err, "nowhere: cannot be read\n"
                               "bad: offset 0: the magic line of a packet file is missing\n"
                               ".: cannot be read\n");
-    Run const full = run("dump good > /dev/full");
+    Outcome const full = run("dump good > /dev/full");
     EXPECT_EQ(full.status, 2);
     EXPECT_EQ(full.err, "qvpacket: the output cannot be written\n");
 }
