@@ -19,9 +19,11 @@
 #include "Support/ScratchDirectory.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -209,6 +211,24 @@ inline std::string writeFile(Form form, ioPacketRegistry & registry, std::functi
     return bytes;
 }
 
+// Remembers what packets defined.
+class CollectingClient : public ioClientReadContext {
+public:
+    using ioClientReadContext::ioClientReadContext;
+    void postPacketRead() override {
+        ioReadContext & context = getReadContext();
+        if (void * const pointer = context.getReferenceDefinition(context.getPacketReference())) {
+            defined.insert(pointer);
+        }
+    }
+    // Frees the texts of string packets, which are all that packets defined but the client's own object.
+    void freeTexts(void * own) {
+        defined.erase(own);
+        std::for_each(defined.begin(), defined.end(), [](void * text) { std::free(text); });
+    }
+    std::set<void *> defined;
+};
+
 // A reader on bytes, with its stream and file.
 class Reader {
 public:
@@ -217,7 +237,7 @@ public:
         stream.openFile(wide(scratch_.path("file")));
         context.reset(ioReadContextAlloc(stream, &registry));
         if (context) {
-            client = std::make_unique<ioClientReadContext>(*context);
+            client = std::make_unique<CollectingClient>(*context);
         }
     }
     // -1 when there was no header.
@@ -229,7 +249,7 @@ private:
 public:
     ioBufferedStreamInput stream;
     std::unique_ptr<ioReadContext> context;
-    std::unique_ptr<ioClientReadContext> client;
+    std::unique_ptr<CollectingClient> client;
 };
 
 } // namespace qvTest

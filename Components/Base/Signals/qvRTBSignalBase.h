@@ -67,7 +67,8 @@ protected:
                 refuseLock();
         }
         void unlock() {
-            if (--lockCount == 0 && destroyPending) [[unlikely]]
+            --lockCount;
+            if (destroyPending && lockCount == 0) [[unlikely]] // the rarer of the two is asked first
                 destroy();
         }
 

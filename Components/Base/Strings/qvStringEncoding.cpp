@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 
 namespace qvString {
@@ -45,7 +46,7 @@ std::size_t convertStrictly(char const * src, wchar_t * dst, std::size_t cap) {
     std::size_t count = 0;
     for (;;) {
         char32_t value;
-        int const taken = decodeMultibyte(kind, src, value);
+        int const taken = decodeMultibyte(kind, src, SIZE_MAX, value);
         if (taken < 0)
             return invalid;
         wchar_t units[2];
@@ -68,7 +69,7 @@ std::size_t mbsToWcsLossy(char const * src, wchar_t * dst, std::size_t cap) {
     std::size_t count = 0;
     for (;;) {
         char32_t value;
-        int const taken = decodeMultibyte(kind, src, value);
+        int const taken = decodeMultibyte(kind, src, SIZE_MAX, value);
         if (taken == 0)
             break;
         wchar_t units[2] = {getDefaultWChar(), 0};

@@ -23,6 +23,9 @@ namespace qv {
 template <class T>
 class Reference {
 public:
+    // A qv::vector may move it by its bytes.
+    using isBitwiseMovable = Reference;
+
     Reference() noexcept = default;
     Reference(std::nullptr_t) noexcept {}
     Reference(T * object) : object_(object) { retain(); }

@@ -4,8 +4,9 @@
 #ifndef ioReferenceTable_h
 #define ioReferenceTable_h
 
-#include "Base/Containers/qvHashMap.h"
 #include "Base/Containers/qvVector.h"
+
+#include <unordered_map>
 
 class ioPacketType;
 
@@ -87,7 +88,7 @@ private:
     int count_ = 0;
     int highest_ = 0;
     int numTouched_ = 0;
-    qv::hash_map<int, ioReferenceRecord> sparse_;
+    std::unordered_map<int, ioReferenceRecord> sparse_;
 };
 
 template <typename Function>

@@ -624,15 +624,14 @@ void Formatter<Char>::text(Specification const & spec) {
 template <class Char>
 template <class From>
 void Formatter<Char>::textOf(Specification const & spec, From const * source) {
-    // Every element of the source gives at least one of the result, so the precision bounds what is looked at: a text
-    // that is cut short by it need not be terminated.
+    // A text that the precision cuts short need not be terminated: no more of it is read than is put.
     std::size_t const limit = spec.precision < 0 ? SIZE_MAX : static_cast<std::size_t>(spec.precision);
     if (source == nullptr)
         converted(spec, "(null)", limit < 6 ? 0 : 6);
-    else if constexpr (sizeof(From) == 1 && isWide)
-        converted(spec, source, limit == SIZE_MAX ? std::strlen(source) : SIZE_MAX, limit);
+    else if (sizeof(From) == sizeof(Char) || limit == SIZE_MAX)
+        converted(spec, source, lengthUpTo(source, limit));
     else
-        converted(spec, source, lengthUpTo(source, limit), limit);
+        converted(spec, source, SIZE_MAX, limit);
 }
 
 // Puts a text with its width: `length` elements of it, or up to its terminator for SIZE_MAX, but not more than `limit`
@@ -686,7 +685,7 @@ void Formatter<Char>::widen(Sink & sink, char const * source, std::size_t length
         if (limit == 0 || length == 0 || (*source == '\0' && length == SIZE_MAX))
             return;
         char32_t value;
-        int taken = decodeMultibyte(kind(), source, value);
+        int taken = decodeMultibyte(kind(), source, length, value);
         wchar_t units[2] = {getDefaultWChar(), 0};
         std::size_t const size = taken < 0 ? 1 : utf8::toUnits(value, units);
         if (size > limit)
@@ -702,15 +701,15 @@ void Formatter<Char>::widen(Sink & sink, char const * source, std::size_t length
 template <class Char>
 template <class Sink>
 void Formatter<Char>::narrow(Sink & sink, wchar_t const * source, std::size_t length, std::size_t limit) {
-    wchar_t const * const end = source + length;
     for (;;) {
-        std::size_t const run = plainRun(source, std::min(static_cast<std::size_t>(end - source), limit));
+        std::size_t const run = plainRun(source, std::min(length, limit));
         sink.copy(source, run);
         source += run;
         limit -= run;
-        if (limit == 0 || source == end)
+        length -= length == SIZE_MAX ? 0 : run;
+        if (limit == 0 || length == 0 || (*source == 0 && length == SIZE_MAX))
             return;
-        utf8::WideStep const step = utf8::decodeUnits(source, end);
+        utf8::WideStep const step = utf8::decodeUnits(source, source + std::min<std::size_t>(length, 2));
         char bytes[qvPlatform::maxMultibyteSize];
         int size = encodeMultibyte(kind(), step.value, bytes);
         if (size < 0) {
@@ -723,6 +722,7 @@ void Formatter<Char>::narrow(Sink & sink, wchar_t const * source, std::size_t le
         sink.putWhole(bytes, static_cast<std::size_t>(size));
         source += step.length;
         limit -= static_cast<std::size_t>(size);
+        length -= length == SIZE_MAX ? 0 : step.length;
     }
 }
 
