@@ -29,6 +29,9 @@ namespace qvString {
 ///     if (key.find(".", 0) != qvString::CString::npos) ...
 class QV_EXPORT CString : public String {
 public:
+    // A qv::vector may move it by its bytes.
+    using isBitwiseMovable = CString;
+
     static unsigned const npos = 0xFFFFFFFFU;
 
     CString();

@@ -33,6 +33,9 @@ namespace qvString {
 ///     std::puts(name.asUTF8());
 class QV_EXPORT IString : public String {
 public:
+    // A qv::vector may move it by its bytes.
+    using isBitwiseMovable = IString;
+
     static unsigned const npos = 0xFFFFFFFFU;
 
     IString();

@@ -37,6 +37,9 @@ concept ArgumentList = requires(void (*function)(Arguments)) {
 /// one, gives no text.
 class QV_EXPORT Error {
 public:
+    // A qv::vector may move it by its bytes.
+    using isBitwiseMovable = Error;
+
     Error() noexcept = default;
     Error(Error const & other);
     Error(Error && other) noexcept : number_(other.number_), message_(other.message_) { other.message_ = nullptr; }
