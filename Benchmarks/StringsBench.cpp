@@ -5,7 +5,7 @@
 #include "Base/Strings/qvStringIString.h"
 
 #include <benchmark/benchmark.h>
-#ifdef QVBASE_BENCH_ICU
+#ifdef QV_BENCH_ICU
 #include <unicode/ustring.h>
 #endif
 
@@ -85,7 +85,7 @@ void convertBackQv(benchmark::State & state, std::string const & text) {
                                                      static_cast<unsigned>(bytes.size()), nullptr));
 }
 
-#ifdef QVBASE_BENCH_ICU
+#ifdef QV_BENCH_ICU
 
 std::u16string icuUnits(std::string const & text) {
     std::u16string units(text.size(), u'\0');
@@ -127,7 +127,7 @@ void checkConversions() {
         bool ok = false;
         IString const wide(text.c_str(), qvString::UTF8, &ok);
         require(ok && text == wide.asUTF8(), "samples convert to and fro");
-#ifdef QVBASE_BENCH_ICU
+#ifdef QV_BENCH_ICU
         require(wide == icuUnits(text), "ICU and ours give the same units");
 #endif
     }
@@ -140,13 +140,13 @@ constexpr wchar_t const * wideRecordFormat = L"%s: %d of %u bytes at 0x%08x, %-1
 constexpr char const * textFormat = "%s: %d of %u bytes at 0x%08x, %-12s|%5d\n";
 constexpr wchar_t const * wideTextFormat = L"%s: %d of %u bytes at 0x%08x, %-12s|%5d\n";
 
-#define QVBASE_RECORD "renderer", i, 1048576U, 0xBEEFU + static_cast<unsigned>(i), "texture", i % 1000
+#define QV_RECORD "renderer", i, 1048576U, 0xBEEFU + static_cast<unsigned>(i), "texture", i % 1000
 
 std::size_t printfRecord(char * buffer, std::size_t size, int i) {
-    return static_cast<std::size_t>(std::snprintf(buffer, size, recordFormat, QVBASE_RECORD, i * 0.25));
+    return static_cast<std::size_t>(std::snprintf(buffer, size, recordFormat, QV_RECORD, i * 0.25));
 }
 std::size_t printfText(char * buffer, std::size_t size, int i) {
-    return static_cast<std::size_t>(std::snprintf(buffer, size, textFormat, QVBASE_RECORD));
+    return static_cast<std::size_t>(std::snprintf(buffer, size, textFormat, QV_RECORD));
 }
 
 // A string that is kept, and one for each record, as snprintf is commonly put into a std::string.
@@ -166,7 +166,7 @@ void formatRecordQv(benchmark::State & state, Char const * format) {
     int i = 0;
     for (auto _ : state) {
         ++i;
-        benchmark::DoNotOptimize(text.format(format, QVBASE_RECORD, i * 0.25));
+        benchmark::DoNotOptimize(text.format(format, QV_RECORD, i * 0.25));
     }
 }
 template <class String, class Char>
@@ -175,7 +175,7 @@ void formatTextQv(benchmark::State & state, Char const * format) {
     int i = 0;
     for (auto _ : state) {
         ++i;
-        benchmark::DoNotOptimize(text.format(format, QVBASE_RECORD));
+        benchmark::DoNotOptimize(text.format(format, QV_RECORD));
     }
 }
 
@@ -186,16 +186,16 @@ void checkFormatting() {
         printfRecord(record, sizeof record, i);
         printfText(plain, sizeof plain, i);
         CString narrow;
-        narrow.format(recordFormat, QVBASE_RECORD, i * 0.25);
+        narrow.format(recordFormat, QV_RECORD, i * 0.25);
         require(narrow == record, "CString formats the record");
-        narrow.format(textFormat, QVBASE_RECORD);
+        narrow.format(textFormat, QV_RECORD);
         require(narrow == plain, "CString formats the text");
         IString wide;
-        wide.format(wideRecordFormat, QVBASE_RECORD, i * 0.25);
+        wide.format(wideRecordFormat, QV_RECORD, i * 0.25);
         require(wide == record, "IString formats the record");
-        wide.format(recordFormat, QVBASE_RECORD, i * 0.25);
+        wide.format(recordFormat, QV_RECORD, i * 0.25);
         require(wide == record, "IString formats the record from a narrow format");
-        wide.format(wideTextFormat, QVBASE_RECORD);
+        wide.format(wideTextFormat, QV_RECORD);
         require(wide == plain, "IString formats the text");
     }
 }
@@ -235,7 +235,7 @@ void registerAll() {
         std::string const name = one.name;
         add("UTF-8 to UTF-16, 1 MiB|" + name + "|qv", [&one](benchmark::State & s) { convertQv(s, one.text); });
         add("UTF-16 to UTF-8, 1 MiB|" + name + "|qv", [&one](benchmark::State & s) { convertBackQv(s, one.text); });
-#ifdef QVBASE_BENCH_ICU
+#ifdef QV_BENCH_ICU
         add("UTF-8 to UTF-16, 1 MiB|" + name + "|ICU", [&one](benchmark::State & s) { convertIcu(s, one.text); });
         add("UTF-16 to UTF-8, 1 MiB|" + name + "|ICU", [&one](benchmark::State & s) { convertBackIcu(s, one.text); });
 #endif
@@ -243,7 +243,8 @@ void registerAll() {
 
     for (char const * row : {"CString::format|", "IString::format|", "IString::format, narrow format|"}) {
         add(row + std::string("record|snprintf"), [](benchmark::State & s) { formatStandard(s, printfRecord); });
-        add(row + std::string("no floating point|snprintf"), [](benchmark::State & s) { formatStandard(s, printfText); });
+        add(row + std::string("no floating point|snprintf"),
+            [](benchmark::State & s) { formatStandard(s, printfText); });
     }
     add("CString::format|record|qv", [](benchmark::State & s) { formatRecordQv<CString>(s, recordFormat); });
     add("CString::format|no floating point|qv", [](benchmark::State & s) { formatTextQv<CString>(s, textFormat); });
@@ -255,7 +256,8 @@ void registerAll() {
         [](benchmark::State & s) { formatTextQv<IString>(s, textFormat); });
 
     add("append 1000 pieces|CString|qv", [](benchmark::State & s) { append<CString>(s, "piece of text"); });
-    add("append 1000 pieces|CString|std::string", [](benchmark::State & s) { append<std::string>(s, "piece of text"); });
+    add("append 1000 pieces|CString|std::string",
+        [](benchmark::State & s) { append<std::string>(s, "piece of text"); });
     add("append 1000 pieces|IString|qv", [](benchmark::State & s) { append<IString>(s, IString(L"piece of text")); });
     add("append 1000 pieces|IString|std::u16string",
         [](benchmark::State & s) { append<std::u16string>(s, u"piece of text"); });
@@ -277,7 +279,7 @@ void registerAll() {
 int main(int argc, char ** argv) {
     checkConversions();
     checkFormatting();
-#ifndef QVBASE_BENCH_ICU
+#ifndef QV_BENCH_ICU
     std::puts("ICU was not found: its rows are left out.");
 #endif
     registerAll();
