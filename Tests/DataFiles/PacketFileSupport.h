@@ -23,6 +23,7 @@
 #include <cstring>
 #include <functional>
 #include <memory>
+#include <ostream>
 #include <set>
 #include <string>
 #include <utility>
@@ -130,6 +131,13 @@ public:
 
 // The form of a file, with the byte order where that makes a difference.
 enum class Form { ascii, binary, asciiDebug, binaryDebug, binarySwapped, binaryDebugSwapped };
+
+// What a failing test names it.
+inline std::ostream & operator<<(std::ostream & to, Form form) {
+    char const * const names[] = {"Ascii",       "Binary",        "AsciiDebug",
+                                  "BinaryDebug", "BinarySwapped", "BinaryDebugSwapped"};
+    return to << names[static_cast<int>(form)];
+}
 
 inline constexpr Form allForms[] = {Form::ascii,       Form::binary,        Form::asciiDebug,
                                     Form::binaryDebug, Form::binarySwapped, Form::binaryDebugSwapped};
