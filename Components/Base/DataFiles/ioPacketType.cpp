@@ -50,7 +50,11 @@ ioReadCallback::~ioReadCallback() = default;
 
 ioGlobalReadCallback::ioGlobalReadCallback(void (*function)()) : function_(function) {}
 
-void ioGlobalReadCallback::read() { function_(); }
+void ioGlobalReadCallback::read() {
+    if (function_) {
+        function_();
+    }
+}
 
 ioSimplePacketType::ioSimplePacketType(char const * name, ioReadCallback * callback)
     : ioPacketType(name), callback_(callback) {}
