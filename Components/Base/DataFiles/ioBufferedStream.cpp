@@ -1,0 +1,104 @@
+#include "Base/DataFiles/ioBufferedStream.h"
+
+#include "Base/DataFiles/Internal/ioBuffer.h"
+#include "Base/Platform/PlatformFile.h"
+#include "Base/Strings/qvStringIString.h"
+
+ioBufferedStream::ioBufferedStream(bool input) : status_(ioStreamGood), input_(input), top_(nullptr) {}
+
+ioBufferedStream::~ioBufferedStream() { delete top_; }
+
+// The two enumerations number some of their values differently. This is the one place that knows both.
+void ioBufferedStream::promoteBufferStatus() const {
+    switch (top_->status()) {
+    case ioBufferGood:
+        return;
+    case ioBufferOpenFailed:
+        status_ = ioStreamOpenFailed;
+        return;
+    case ioBufferEOF:
+        status_ = ioStreamEOF;
+        return;
+    case ioBufferCompressEnd:
+        status_ = ioStreamCompressEnd;
+        return;
+    case ioBufferDiskFull:
+        status_ = ioStreamDiskFull;
+        return;
+    case ioBufferChecksumFailed:
+        status_ = ioStreamChecksumFailed;
+        return;
+    case ioBufferFailed:
+        status_ = ioStreamFailed;
+        return;
+    }
+}
+
+void ioBufferedStream::settle() const {
+    top_->settleChain();
+    promoteBufferStatus();
+}
+
+void ioBufferedStream::openOn(ioBuffer * end) {
+    status_ = ioStreamGood;
+    top_ = end;
+    promoteBufferStatus();
+    if (!goodSoFar()) {
+        delete top_;
+        top_ = nullptr;
+    }
+}
+
+bool ioBufferedStream::requireOpen() {
+    if (!top_) {
+        status_ = ioStreamFailed;
+    }
+    return top_ != nullptr;
+}
+
+void ioBufferedStream::close() {
+    if (top_) {
+        top_->close();
+        promoteBufferStatus();
+        delete top_;
+        top_ = nullptr;
+    }
+}
+
+bool ioBufferedStream::seek(std::int64_t position) {
+    if (!requireOpen()) {
+        return false;
+    }
+    top_->flushChain();
+    bool const done = top_->seek(position);
+    promoteBufferStatus();
+    return done;
+}
+
+std::int64_t ioBufferedStream::tell() {
+    if (!requireOpen()) {
+        return 0;
+    }
+    top_->flushChain();
+    return top_->tell();
+}
+
+void ioBufferedStream::associateProgressFunction(void (*progress)(int)) {
+    if (top_) {
+        top_->setProgress(progress);
+    }
+}
+
+std::int64_t ioBufferedStream::fileSize(qvString::IString const & name) {
+    return name.isEmpty() ? -1 : qvPlatform::sizeOfFile(name);
+}
+
+void ioBufferedStream::addBufferToChain(ioBuffer * link) {
+    link->setNext(std::unique_ptr<ioBuffer>(top_));
+    top_ = link;
+}
+
+void ioBufferedStream::popBufferChain() {
+    std::unique_ptr<ioBuffer> const popped(top_);
+    top_ = popped->popNext().release();
+}

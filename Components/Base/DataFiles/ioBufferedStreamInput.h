@@ -1,0 +1,46 @@
+// A byte stream that reads.
+
+#ifndef ioBufferedStreamInput_h
+#define ioBufferedStreamInput_h
+
+#include "Base/DataFiles/ioBufferedStream.h"
+
+// Reads from a file, from standard input or, through other ends of the chain, from elsewhere:
+//
+//     ioBufferedStreamInput stream;
+//     stream.openFile(name);
+//     char line[80];
+//     while (stream.good()) {
+//         stream.readLine(line, sizeof line);
+//     }
+//
+// Reading past the end gives ioStreamEOF and zero or short results. Data is taken from the system in blocks of
+// 4096 bytes, so a file is read somewhat ahead of what the caller has seen.
+class QV_EXPORT ioBufferedStreamInput : public ioBufferedStream {
+public:
+    ioBufferedStreamInput();
+    ~ioBufferedStreamInput() override;
+    void openFile(qvString::IString const & name) override;
+    void openSocket(qvTCP::Socket * socket) override;
+    // close will close standard input.
+    void openStdin();
+
+    // The next byte, or 0 when there is none; the status tells.
+    char readChar();
+    // A decimal number behind any blanks, newlines and tabs: an optional minus sign and digits, at most 39
+    // characters, clamped to the limits of an int. The character behind the number is consumed. 0 where there is no
+    // number.
+    int readInt();
+    // One line of up to size - 1 bytes, its newline included, always terminated. A size below 1 (the buffer then
+    // holds at least one character) or a status that is not good gives an empty string.
+    void readLine(char * buffer, int size);
+    // Reads count bytes, fewer at the end of the data, and gives the number read.
+    int readData(char * bytes, int count);
+
+private:
+    friend struct ioStreamBlock;
+
+    bool fillTop();
+};
+
+#endif

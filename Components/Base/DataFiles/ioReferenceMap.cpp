@@ -1,0 +1,7 @@
+#include "Base/DataFiles/ioReferenceMap.h"
+
+#include "Base/DataFiles/Internal/ioReferenceMapImpl.h"
+
+ioReferenceMap::~ioReferenceMap() = default;
+
+ioReferenceMap * ioPacketFileNewReferenceMap() { return new ioReferenceMapImpl; }

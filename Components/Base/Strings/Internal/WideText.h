@@ -1,0 +1,75 @@
+// Wide text inside the library: a standard string of 16-bit wchar_t. The standard library's own character traits for
+// wchar_t call functions of the C runtime that take 32-bit characters, so these traits stand in for them.
+
+#ifndef WideText_h
+#define WideText_h
+
+#include "Base/qvBaseConfig.h"
+
+#include <compare>
+#include <cstddef>
+#include <cstring>
+#include <ios>
+#include <string>
+
+namespace qvString {
+
+struct WideTraits {
+    using char_type = wchar_t;
+    using int_type = int;
+    using off_type = std::streamoff;
+    using pos_type = std::streampos;
+    using state_type = std::mbstate_t;
+    using comparison_category = std::strong_ordering;
+
+    static constexpr void assign(wchar_t & to, wchar_t const & from) { to = from; }
+    static constexpr bool eq(wchar_t a, wchar_t b) { return a == b; }
+    static constexpr bool lt(wchar_t a, wchar_t b) { return a < b; }
+
+    static int compare(wchar_t const * a, wchar_t const * b, std::size_t n) {
+        for (std::size_t i = 0; i < n; ++i)
+            if (a[i] != b[i])
+                return a[i] < b[i] ? -1 : 1;
+        return 0;
+    }
+    static std::size_t length(wchar_t const * text) {
+        std::size_t n = 0;
+        while (text[n] != 0)
+            ++n;
+        return n;
+    }
+    static wchar_t const * find(wchar_t const * text, std::size_t n, wchar_t const & c) {
+        for (std::size_t i = 0; i < n; ++i)
+            if (text[i] == c)
+                return text + i;
+        return nullptr;
+    }
+    static wchar_t * move(wchar_t * to, wchar_t const * from, std::size_t n) {
+        if (n != 0)
+            std::memmove(to, from, n * sizeof(wchar_t));
+        return to;
+    }
+    static wchar_t * copy(wchar_t * to, wchar_t const * from, std::size_t n) {
+        if (n != 0)
+            std::memcpy(to, from, n * sizeof(wchar_t));
+        return to;
+    }
+    static wchar_t * assign(wchar_t * to, std::size_t n, wchar_t c) {
+        for (std::size_t i = 0; i < n; ++i)
+            to[i] = c;
+        return to;
+    }
+
+    static constexpr int eof() { return -1; }
+    static constexpr int not_eof(int c) { return c == eof() ? 0 : c; }
+    static constexpr int to_int_type(wchar_t c) { return c; }
+    static constexpr wchar_t to_char_type(int c) { return static_cast<wchar_t>(c); }
+    static constexpr bool eq_int_type(int a, int b) { return a == b; }
+};
+
+using WideText = std::basic_string<wchar_t, WideTraits>;
+using WideView = std::basic_string_view<wchar_t, WideTraits>;
+
+} // namespace qvString
+
+#endif

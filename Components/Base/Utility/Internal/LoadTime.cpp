@@ -1,0 +1,38 @@
+// All objects of the library that run code when it is loaded or unloaded. The language orders such objects inside one
+// source file only, so they are all defined in this one, each subsystem's with the declaration in a header of its own:
+//
+//      1. network constants                   8. output of the undo report
+//      2. application output, debug channel   9. pointer-tracking signals
+//      3. initializer of the file factory    10. default thread pool and task queue
+//      4. constants of file-name forms       11. npos of the strings
+//      5. application locale                 12. application string table
+//      6. seed of the random generator       13. tolerances, then constants of linear algebra
+//      7. frequency of the stop watch        14. identification string
+//                                            15. mutex of the messages
+//
+// They are destroyed in the reverse order. No object may use one that follows it, nor what `initializeAll` sets up.
+// What a constant expression can make stands with its subsystem instead and is there before any code has run: so are
+// the lists of `qvUtil::Initializer`, 11 and 14.
+
+#include "Base/Utility/Internal/LoadTime.h"
+
+#include <cstdlib>
+#include <ctime>
+
+namespace qvUtil::loadTime {
+
+namespace {
+
+struct RandomSeed {
+    RandomSeed() { std::srand(static_cast<unsigned>(std::time(nullptr))); }
+} const randomSeed;
+
+} // namespace
+
+// Ready before any code runs; only their ends are ordered here.
+constinit PointerSignal pointerInitSignal;
+constinit PointerSignal pointerAcquireSignal;
+constinit PointerSignal pointerReleaseSignal;
+constinit PointerSignal pointerDeleteSignal;
+
+} // namespace qvUtil::loadTime

@@ -1,0 +1,19 @@
+// Writes a document as a packet file.
+
+#ifndef DocumentWriter_h
+#define DocumentWriter_h
+
+#include "MeshModel.h"
+
+#include "Base/DataFiles/ioHeader.h"
+
+class ioBufferedStreamOutput;
+
+namespace mesh {
+
+// False when the file could not be written whole. The stream stays open; close it, and look at its status then.
+bool writeDocument(ioBufferedStreamOutput & stream, ioWriteMethod method, Document const & document);
+
+} // namespace mesh
+
+#endif

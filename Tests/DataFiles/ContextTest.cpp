@@ -1,0 +1,388 @@
+#include "Base/DataFiles/ioLargeArray.h"
+#include "DataFiles/PacketFileSupport.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+using namespace qvTest;
+
+// A writer that is used the wrong way says so, and the file stays one that can be read.
+TEST(WriteContext, MisuseSetsTheStatusAndLeavesNoTrace) {
+    TestRegistry registry(false);
+    registry.with("t");
+    struct {
+        char const * what;
+        std::function<void(ioWriteContext &)> misuse;
+    } const cases[] = {
+        {"field outside packets", [](ioWriteContext & to) { to.writeInt(5); }},
+        {"text outside packets", [](ioWriteContext & to) { to.writeCString("text"); }},
+        {"array outside packets",
+         [](ioWriteContext & to) {
+             to.writeIntArray(std::array{1, 2}.data(), 2);
+         }},
+        {"end without start", [](ioWriteContext & to) { to.endPacket(); }},
+        {"chunk outside packets", [](ioWriteContext & to) { to.startChunk(); }},
+        {"sub-packet outside packets", [](ioWriteContext & to) { to.startSubPacket(); }},
+        {"end of no sub-packet",
+         [](ioWriteContext & to) {
+             to.startPacket("t", nullptr);
+             to.endSubPacket();
+             to.endPacket();
+         }},
+        {"unregistered type",
+         [](ioWriteContext & to) {
+             to.startPacket("unknown", nullptr);
+             to.writeInt(1);
+             to.endPacket();
+         }},
+        {"sub-packet left open",
+         [](ioWriteContext & to) {
+             to.startPacket("t", nullptr);
+             to.startSubPacket();
+             to.startChunk();
+             to.endPacket();
+         }},
+        {"packet left open", [](ioWriteContext & to) { to.startPacket("t", nullptr); }},
+    };
+    for (Form const form : {Form::ascii, Form::binary, Form::asciiDebug, Form::binaryDebug}) {
+        for (auto const & c : cases) {
+            SCOPED_TRACE(c.what);
+            ScratchDirectory const scratch;
+            ioBufferedStreamOutput stream;
+            stream.openFile(wide(scratch.path("file")));
+            auto const writer = makeWriter(stream, form, &registry);
+            writer->startFile();
+            c.misuse(*writer);
+            bool const leftOpen = std::string(c.what) == "packet left open";
+            EXPECT_EQ(leftOpen ? ioGood : ioFailed, writer->getStatus());
+            writer->endFile();
+            EXPECT_EQ(ioFailed, writer->getStatus());
+            stream.close();
+            TestRegistry reading(true);
+            reading.with("t", [](ioReadContext &) {});
+            int const status = Reader(bytesOf(scratch.path("file")), reading).read();
+            EXPECT_EQ(leftOpen ? ioGood : ioBadData, status);
+        }
+    }
+}
+
+TEST(WriteContext, StatusesOfStreamAndRegistry) {
+    ScratchDirectory const scratch;
+    ioBufferedStreamOutput stream;
+    stream.openFile(wide(scratch.path("file")));
+    EXPECT_EQ(nullptr, ioWriteContextAlloc(stream, static_cast<ioWriteMethod>(4), nullptr));
+    std::unique_ptr<ioWriteContext> writer(ioWriteContextAlloc(stream, ioWriteBinary, nullptr));
+    writer->startFile();
+    EXPECT_EQ(ioFailed, writer->getStatus());
+    stream.close();
+    EXPECT_EQ("", bytesOf(scratch.path("file")));
+
+    TestRegistry registry(false);
+    registry.with("t");
+    stream.openFile(wide("/dev/full"));
+    writer.reset(ioWriteContextAlloc(stream, ioWriteBinary, &registry));
+    writer->startFile();
+    std::vector<double> const values(5000);
+    writer->startPacket("t", nullptr);
+    writer->writeDoubleArray(values.data(), 5000);
+    writer->endPacket();
+    EXPECT_EQ(ioGood, writer->getStatus());
+    writer->endFile();
+    EXPECT_EQ(ioDiskFull, writer->getStatus());
+
+    ioBufferedStreamOutput closed;
+    writer.reset(ioWriteContextAlloc(closed, ioWriteAscii, &registry));
+    writer->startFile();
+    EXPECT_EQ(ioFailed, writer->getStatus());
+}
+
+TEST(ReadContext, StatusesOfStreamAndRegistry) {
+    TestRegistry registry(false);
+    std::string const file = writeFile(Form::binary, registry, [](ioWriteContext &) {});
+    TestRegistry reading(true);
+    Reader reader(file, reading);
+    reader.context->associateRegistry(nullptr);
+    EXPECT_EQ(ioFailed, reader.read());
+    EXPECT_EQ(-1, reader.context->getPacketReference());
+
+    // A type number behind the registry, and negative numbers and sizes.
+    std::size_t const at = packetsAt(file);
+    for (auto const & [offset, bytes] :
+         {std::pair(std::size_t{0}, "\2\0\0\0"), std::pair(std::size_t{0}, "\xff\xff\xff\xff"),
+          std::pair(std::size_t{8}, "\xff\xff\xff\xff"), std::pair(std::size_t{8}, "\xff\xff\xff\x7f")}) {
+        std::string damaged = file;
+        damaged.replace(at + offset, 4, std::string(bytes, 4));
+        TestRegistry types(true);
+        EXPECT_EQ(ioBadData, Reader(damaged, types).read());
+    }
+    // Outside packets there is nothing to read.
+    TestRegistry types(true);
+    for (Form const form : {Form::ascii, Form::binary, Form::binaryDebug}) {
+        TestRegistry other(false);
+        Reader idle(writeFile(form, other, [](ioWriteContext &) {}), types);
+        EXPECT_EQ(0, idle.context->readInt());
+        EXPECT_EQ(ioFailed, idle.context->getStatus());
+        idle.context->nextChunk();
+        idle.context->startSubPacket();
+        idle.context->endSubPacket();
+        idle.context->invalidPacket();
+        EXPECT_FALSE(idle.context->chunkHasData());
+    }
+}
+
+// A size field costs nothing until its bytes are there.
+TEST(ReadContext, AllocatesAsBytesArrive) {
+    TestRegistry registry(false);
+    registry.with("t");
+    std::string file = writeFile(Form::binary, registry, [](ioWriteContext & to) {
+        to.startPacket("t", nullptr);
+        to.writeInt(1);
+        to.endPacket();
+    });
+    file.replace(packetsAt(file) + 8, 4, std::string("\xff\xff\xff\x7f", 4));
+    file.append(100000, 'x');
+    int calls = 0;
+    TestRegistry reading(true);
+    reading.with("t", [&](ioReadContext &) { ++calls; });
+    EXPECT_EQ(ioBadData, Reader(file, reading).read());
+    EXPECT_EQ(0, calls);
+}
+
+TEST(ReadContext, ReferencesOfDamagedFilesStaySmall) {
+    for (unsigned const number : {0x7fff0000u, 0x7fffffffu, 0xffffffffu, 0x7ffeffffu}) {
+        TestRegistry registry(false);
+        registry.with("t");
+        std::string const file = writeFile(Form::binary, registry, [&](ioWriteContext & to) {
+            to.startPacket("t", nullptr);
+            to.writeUInt(number);
+            to.writeUInt(number / 3);
+            to.endPacket();
+        });
+        void * location = &registry;
+        TestRegistry reading(true);
+        reading.with("t", [&](ioReadContext & from) {
+            from.readReferenceUsage(&location, 1);
+            from.readReferenceUsage(&location, 2);
+        });
+        Reader reader(file, reading);
+        EXPECT_EQ(number < 0x7fff0000u ? ioGood : ioBadData, reader.read());
+        EXPECT_EQ(nullptr, location);
+        EXPECT_EQ(number < 0x7fff0000u ? 2u : 0u, reading.type(0).unresolved.size());
+    }
+}
+
+TEST(ReadContext, ReferencesInAllTheirForms) {
+    TestRegistry writing(false);
+    writing.with("test.define").with("test.use");
+    int objects[3] = {};
+    std::string const file = writeFile(Form::asciiDebug, writing, [&](ioWriteContext & to) {
+        to.startPacket("test.use", nullptr);
+        to.writeReference(&objects[0], false);
+        to.writeReference(&objects[0], false);
+        to.writeReference(nullptr, false);
+        to.endPacket();
+        to.startPacket("test.define", &objects[0]);
+        to.writeReference(&objects[1], true);
+        to.endPacket();
+        to.startPacket("test.use", nullptr);
+        to.writeReference(&objects[0], false);
+        to.writeReference(&objects[1], false);
+        to.writeReference(nullptr, false);
+        to.endPacket();
+    });
+    int uses = 0;
+    int read[3] = {};
+    void * early[2] = {read, read};
+    TestRegistry reading(true);
+    reading
+        .with("test.define",
+              [&](ioReadContext & from) {
+                  EXPECT_EQ(nullptr, early[1]);
+                  EXPECT_FALSE(from.isReferenceDefined(1));
+                  from.definePacketReference(&read[0]);
+                  EXPECT_EQ(&read[0], early[1]);
+                  from.readReferenceDefinition(&read[1]);
+                  from.defineReferenceAlias(2, &read[2]);
+                  EXPECT_EQ(2, from.getReference(&read[1]));
+                  EXPECT_EQ(2, from.getReference(&read[2]));
+                  EXPECT_EQ(&read[2], from.getReferenceDefinition(2));
+              })
+        .with("test.use", [&](ioReadContext & from) {
+            if (uses++ == 0) {
+                int reference = -1;
+                EXPECT_EQ(nullptr, from.readReferenceUsage(reference)); // does not wait
+                EXPECT_EQ(1, reference);
+                from.readReferenceUsage(&early[1], 5);
+                from.readReferenceUsage(&early[0], 6);
+                EXPECT_EQ(nullptr, early[0]);
+            } else {
+                EXPECT_EQ(&read[0], from.readReferenceUsage());
+                EXPECT_EQ(&read[2], from.readReferenceUsage());
+                EXPECT_EQ(nullptr, from.readReferenceUsage());
+                EXPECT_TRUE(from.isReferenceDefined(&read[0]));
+                EXPECT_FALSE(from.isReferenceDefined(&uses));
+                from.undefineReference(&read[0]);
+                EXPECT_FALSE(from.isReferenceDefined(1));
+            }
+        });
+    Reader reader(file, reading);
+    EXPECT_EQ(ioGood, reader.read());
+    EXPECT_EQ(2, uses);
+    EXPECT_TRUE(reading.type(0).unreferenced.empty());
+}
+
+TEST(ReadContext, StringsBecomeMemoryThatCanBeReferredTo) {
+    char const shared[] = "shared {text}";
+    for (Form const form : allForms) {
+        TestRegistry writing(false);
+        writing.with("t");
+        std::string const file = writeFile(form, writing, [&](ioWriteContext & to) {
+            to.writeCStringPacket(nullptr);
+            to.startPacket("t", nullptr);
+            to.writeReference(shared, false);
+            to.endPacket();
+            to.writeCStringPacket(shared);
+        });
+        char * text = nullptr;
+        TestRegistry reading(true);
+        reading.with("t", [&](ioReadContext & from) { from.readReferenceUsage(&text, 0); });
+        EXPECT_EQ(ioGood, Reader(file, reading).read());
+        EXPECT_STREQ(shared, text);
+        std::free(text);
+    }
+}
+
+TEST(Contexts, ShareOneMapAndOneNumbering) {
+    TestRegistry registry(false);
+    registry.with("t");
+    int objects[2] = {};
+    qv::Reference<ioReferenceMap> const map(ioPacketFileNewReferenceMap());
+    auto const fileWith = [&](int index) {
+        return writeFile(Form::ascii, registry, [&](ioWriteContext & to) {
+            to.associateReferenceMap(&*map);
+            to.startPacket("t", &objects[index]);
+            to.writeReference(&objects[1 - index], false);
+            to.endPacket();
+        });
+    };
+    std::string const first = fileWith(0);
+    std::string const second = fileWith(1);
+    EXPECT_EQ("{ 2 1 1 2 }\n{ 1 0 }\n", first.substr(packetsAt(first)));
+    EXPECT_EQ("{ 2 1 2 1 }\n{ 1 0 }\n", second.substr(packetsAt(second)));
+    EXPECT_EQ(1, map->refs());
+}
+
+TEST(FatalError, NamesTheOpenPacketsAndRunsTheHook) {
+    TestRegistry registry(false);
+    registry.with("t").with("u");
+    FatalErrorsThrow const hook;
+    writeFile(Form::binary, registry, [&](ioWriteContext & to) {
+        to.startPacket("t", nullptr);
+        to.startPacket("u", nullptr);
+        to.startPacket("t", nullptr);
+        EXPECT_THROW(
+            try { to.fatalError(); } catch (FatalErrorsThrow::Thrown const & thrown) {
+                EXPECT_EQ("ioPacketFile: Fatal error.  Aborting.\n  0: 2\n  1: 3\n", thrown.text);
+                throw;
+            },
+            FatalErrorsThrow::Thrown);
+        to.endPacket();
+        to.endPacket();
+        to.endPacket();
+    });
+}
+
+TEST(FatalErrorDeathTest, WithoutHooksItGoesToStandardErrorAndAborts) {
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    EXPECT_EXIT(
+        {
+            TestRegistry registry(false);
+            ioBufferedStreamOutput stream;
+            makeWriter(stream, Form::binary, &registry)->fatalError();
+        },
+        testing::KilledBySignal(SIGABRT), "^ioPacketFile: Fatal error.  Aborting.\n$");
+}
+
+namespace {
+
+template <typename T>
+struct Parcels {
+    static void runAll() {
+        for (Form const form : allForms) {
+            for (int const count : {0, 1, 1023, 1024, 1025, 5000}) {
+                run(form, count);
+            }
+        }
+    }
+
+    static T element(int i) { return static_cast<T>(i % 2 == 0 ? i * 3 : -i); }
+
+    static void run(Form form, int count) {
+        std::unique_ptr<T[]> const data(new T[static_cast<std::size_t>(count) + 1]());
+        for (int i = 0; i < count; ++i) {
+            data[static_cast<std::size_t>(i)] = element(i);
+        }
+        TestRegistry writing(false);
+        writing.with("test.owner").with("test.parcel");
+        std::string const file = writeFile(form, writing, [&](ioWriteContext & to) {
+            to.startPacket("test.owner", &data);
+            to.endPacket();
+            ioWriteLargeArray(to, "test.parcel", &data, count, data.get());
+        });
+        EXPECT_EQ((count + 1023) / 1024, writing.type(1).getNumUsages());
+        std::unique_ptr<T[]> const got(new T[static_cast<std::size_t>(count) + 1]());
+        int owner = 0;
+        int parcels = 0;
+        TestRegistry reading(true);
+        reading.with("test.owner", [&](ioReadContext & from) { from.definePacketReference(&owner); })
+            .with("test.parcel", [&](ioReadContext & from) {
+                EXPECT_EQ(&owner, from.readReferenceUsage());
+                if (++parcels % 2 == 0) {
+                    ioReadArrayParcel(from, got.get());
+                } else {
+                    ioReadArrayParcel(from, got.get(), count);
+                }
+            });
+        EXPECT_EQ(ioGood, Reader(file, reading).read());
+        EXPECT_TRUE(std::equal(data.get(), data.get() + count, got.get()));
+    }
+};
+
+} // namespace
+
+TEST(LargeArray, EveryElementTypeComesBackInEveryForm) {
+#define QV_RUN(name, type, tag, arrayTag) Parcels<type>::runAll();
+    IO_FIELD_TYPES(QV_RUN)
+#undef QV_RUN
+}
+
+TEST(LargeArray, ParcelsThatLieAboutTheirPlaceAreRefused) {
+    struct {
+        int start;
+        int count;
+        bool good;
+    } const cases[] = {
+        {0, 4, true},   {6, 4, true},   {-1, 4, false},   {7, 4, false},          {0, 0, false},
+        {0, -1, false}, {0, 11, false}, {0, 1025, false}, {2147483647, 1, false}, {2147483647, 2147483647, false},
+        {10, 1, false}, {9, 1, true}};
+    for (auto const & c : cases) {
+        TestRegistry writing(false);
+        writing.with("t");
+        std::string const file = writeFile(Form::binary, writing, [&](ioWriteContext & to) {
+            to.startPacket("t", nullptr);
+            to.writeInt(c.start);
+            to.writeInt(c.count);
+            for (int i = 0; i < 2000; ++i) {
+                to.writeInt(77);
+            }
+            to.endPacket();
+        });
+        int values[10] = {};
+        TestRegistry reading(true);
+        reading.with("t", [&](ioReadContext & from) { ioReadArrayParcel(from, values, 10); });
+        EXPECT_EQ(c.good ? ioGood : ioBadData, Reader(file, reading).read()) << c.start << ' ' << c.count;
+        EXPECT_EQ(c.good ? c.count : 0, std::count(std::begin(values), std::end(values), 77));
+    }
+}

@@ -1,0 +1,150 @@
+#include "Base/Utility/qvUtilError.h"
+
+#include "Base/Utility/Internal/SystemErrorText.h"
+
+#include "Support/ErrorMatchers.h"
+#include "Support/ScopedLocale.h"
+#include "Support/StringPrinters.h"
+
+#include <cerrno>
+#include <cstdarg>
+#include <cstring>
+#include <type_traits>
+
+namespace qvUtil {
+namespace {
+
+using qvString::IString;
+using qvTest::FailsWith;
+using qvTest::Succeeds;
+
+TEST(Error, TheNumberAloneDecides) {
+    EXPECT_THAT(Error(), Succeeds());
+    EXPECT_FALSE(Error());
+    EXPECT_FALSE(Error(0, "x"));
+    EXPECT_TRUE(Error(-1, ""));
+    EXPECT_STREQ(Error(0, "x").message(), "x");
+    EXPECT_STREQ(Error().message(), "");
+}
+
+TEST(Error, EqualityTellsNoTextFromAnEmptyOne) {
+    Error const none(3, "");
+    Error const alsoNone(3, static_cast<char const *>(nullptr));
+    Error const wideNone(3, L"");
+    Error const empty(3, IString());
+    Error const formattedEmpty(3, "%s", "");
+    Error const text(3, "text");
+    EXPECT_EQ(none, alsoNone);
+    EXPECT_EQ(none, wideNone);
+    EXPECT_EQ(empty, formattedEmpty);
+    EXPECT_NE(none, empty);
+    EXPECT_NE(empty, none);
+    EXPECT_NE(text, empty);
+    EXPECT_NE(text, none);
+    EXPECT_EQ(text, Error(3, L"text"));
+    EXPECT_NE(text, Error(4, "text"));
+    EXPECT_NE(Error(), Error(0, "x"));
+    EXPECT_STREQ(none.message(), "");
+    EXPECT_STREQ(empty.message(), "");
+}
+
+Error fromList(char const * format, ...) {
+    std::va_list args;
+    va_start(args, format);
+    Error error(7, format, args);
+    va_end(args);
+    return error;
+}
+Error fromList(wchar_t const * format, ...) {
+    std::va_list args;
+    va_start(args, format);
+    Error error(7, format, args);
+    va_end(args);
+    return error;
+}
+
+TEST(Error, FormatsNarrowAndWideTextAlike) {
+    EXPECT_THAT(Error(2, "%s: %S (%d%%)", "narrow", L"wide", 5), FailsWith(2, "narrow: wide (5%)"));
+    EXPECT_THAT(Error(2, L"%s: %S (%d%%)", "narrow", L"wide", 5), FailsWith(2, "narrow: wide (5%)"));
+    // What converts to an argument list is an argument all the same.
+    EXPECT_THAT(Error(1, "%d", 0), FailsWith(1, "0"));
+    EXPECT_THAT(Error(1, L"%d", 0), FailsWith(1, "0"));
+    EXPECT_THAT(Error(1, "%s", nullptr), FailsWith(1, "(null)"));
+    EXPECT_THAT(fromList("%s-%d", "a", 1), FailsWith(7, "a-1"));
+    EXPECT_THAT(fromList(L"%s-%d", "a", 1), FailsWith(7, "a-1"));
+    EXPECT_THAT(Error(1, IString(L"100%d %s")), FailsWith(1, "100%d %s"));
+    EXPECT_THAT(Error(1, "%s", std::string(5000, 'x').c_str()), FailsWith(1, std::string(5000, 'x')));
+
+    qvTest::ScopedLocale const locale(qvTest::utf8Locale);
+    EXPECT_THAT(Error(2, "\xC3\xA9 %s %S", "\xE2\x82\xAC", L"\xD83D\xDE00"),
+                FailsWith(2, "\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80"));
+}
+
+TEST(Error, IsAValue) {
+    Error copy;
+    {
+        Error const source(4, "of its own");
+        copy = source;
+        Error const third(source);
+        EXPECT_NE(third.message(), source.message());
+        EXPECT_EQ(third, source);
+    }
+    EXPECT_THAT(copy, FailsWith(4, "of its own"));
+    Error & self = copy;
+    copy = self;
+    copy.swap(self);
+    EXPECT_THAT(copy, FailsWith(4, "of its own"));
+
+    Error other;
+    other.swap(copy);
+    EXPECT_THAT(other, FailsWith(4, "of its own"));
+    EXPECT_EQ(copy, Error());
+    copy = std::move(other);
+    EXPECT_THAT(copy, FailsWith(4, "of its own"));
+    Error const withZero(1, IString(L"a\0b", 3));
+    EXPECT_EQ(Error(withZero), withZero);
+}
+
+class Derived : public Error {
+public:
+    explicit Derived(int & destroyed) : Error(5, "first"), destroyed_(&destroyed) {}
+    ~Derived() override { ++*destroyed_; }
+    void set(char const * format, ...) {
+        std::va_list args;
+        va_start(args, format);
+        setMsg(format, args);
+        va_end(args);
+    }
+
+private:
+    int * destroyed_;
+};
+
+TEST(Error, SubclassesSetTheTextAndTravelAsErrors) {
+    int destroyed = 0;
+    {
+        std::unique_ptr<Error> const error = std::make_unique<Derived>(destroyed);
+        static_cast<Derived &>(*error).set("%s then %d", "second", 2);
+        EXPECT_THAT(*error, FailsWith(5, "second then 2"));
+        static_cast<Derived &>(*error).set("");
+        EXPECT_EQ(*error, Error(5, ""));
+    }
+    EXPECT_EQ(destroyed, 1);
+    EXPECT_THAT([] { throw Error(6, "thrown"); }, qvTest::ThrowsError(6, "thrown"));
+    static_assert(sizeof(Error) <= 3 * sizeof(void *) && std::is_nothrow_move_constructible_v<Error>);
+}
+
+TEST(SystemErrorText, IsTheSystemsOwn) {
+    EXPECT_EQ(systemErrorText(ENOENT), IString("No such file or directory"));
+    EXPECT_EQ(systemErrorText(0), IString("Success"));
+    EXPECT_EQ(systemErrorText(123456), IString("An unknown WIN32 error occurred: 123456"));
+    EXPECT_EQ(systemErrorText(static_cast<unsigned>(-2)), IString("An unknown WIN32 error occurred: -2"));
+    errno = ENOSPC;
+    IString const last = lastErrorText();
+    EXPECT_EQ(last, IString("No space left on device"));
+    errno = ECONNREFUSED;
+    EXPECT_EQ(lastSocketErrorText(), IString("Connection refused"));
+}
+
+} // namespace
+} // namespace qvUtil
