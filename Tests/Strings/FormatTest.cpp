@@ -89,7 +89,7 @@ TEST(Format, TextArgumentsHaveOneMeaning) {
     // What is not rewritten keeps the meaning of its width.
     EXPECT_EQ(formatted("%*s|%+S|%*c", 3, "n", L"w", 2, 'n'), "  n|w| n");
     EXPECT_EQ(formatted(L"%*s|%+S|%*c|%#C", 3, wide, "n", 2, L'w', 'n'), "w\xE2\x82\xAC\xF0\x9F\x98\x80|n| w|n");
-    EXPECT_EQ(formatted(L"%--3s|%0-3s|%-03s|%5.s", L"w", L"w", "n", "n"), "w  |w  |n  |     ");
+    EXPECT_EQ(formatted(L"%--3s|%0-3s|%-03s|%5.s", L"wx", L"yz", "n", "n"), "wx |yz |n  |     ");
     EXPECT_EQ(formatted(L"%-5%s %s", "n"), "%S n");
     EXPECT_EQ(formatted(L"%5%%s", L"w"), "%w");
     // Widths and precisions count characters of the result; what is converted is not cut inside a character.
