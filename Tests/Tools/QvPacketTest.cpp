@@ -51,7 +51,7 @@ TestRegistry & demoRegistry(TestRegistry & registry) { return registry.with("dem
 // Every kind of field, and chunks and sub-packets in all the places where they can stand.
 void fillItem(ioWriteContext & writer) {
     static int const object = 0;
-    char const text[] = "see {<[\"x\"]>}\\ \n\xC3\xA9\x1B[31m";
+    char const text[] = "see {<[\"x\"]>}\\ \n\xC3\xA9\x1B[31m\xC2\x9B";
     writer.writeCStringPacket(text);
     writer.startPacket("demo.item", &object);
     writer.writeBool(true);
@@ -78,7 +78,9 @@ void fillItem(ioWriteContext & writer) {
     writer.startChunk();
     writer.writeCString("inner");
     writer.startChunk();
+    writer.writeBoolArray(bools, 1);
     writer.endSubPacket();
+    writer.writeBool(false);
     writer.writeInt(2);
     writer.startChunk();
     writer.writeInt(3);
@@ -170,7 +172,7 @@ constexpr std::size_t binaryBodyStart = asciiStart + 12;
 TEST_F(QvPacket, TellsOfTheFieldsOfAllForms) {
     std::string const wanted = "packetFile_string\n"
                                "  Reference 1\n"
-                               "  CString \"see {<[\\\"x\\\"]>}\\\\ \\n\xC3\xA9\\x1b[31m\"\n"
+                               "  CString \"see {<[\\\"x\\\"]>}\\\\ \\n\xC3\xA9\\x1b[31m\\xc2\\x9b\"\n"
                                "demo.item\n"
                                "  Reference 2\n"
                                "  Bool 1\n"
@@ -198,6 +200,9 @@ TEST_F(QvPacket, TellsOfTheFieldsOfAllForms) {
                                "      chunk\n"
                                "        CString \"inner\"\n"
                                "      chunk\n"
+                               "        BoolArray\n"
+                               "          Bool 1\n"
+                               "    Bool 0\n"
                                "    Int 2\n"
                                "  chunk\n"
                                "    Int 3\n"
