@@ -174,7 +174,7 @@ private:
         body_ = other.body_;
         other.body_ = body;
     }
-    unsigned formatFrom(unsigned initialSize, char const * fmt, std::va_list args);
+    QV_NO_EXPORT unsigned formatFrom(unsigned initialSize, char const * fmt, std::va_list args);
 
     Body * body_; // never null
 };

@@ -129,17 +129,16 @@ void IString::convertFromMultibyte(char const * text, Encoding encoding, bool * 
         changing().text.clear();
         return;
     }
+    // There are never more units than bytes.
+    std::size_t const room = std::strlen(text) + 1;
+    if (room > largestSize)
+        return;
     wchar_t local[localSize];
     std::unique_ptr<wchar_t[]> large;
     wchar_t * buffer = local;
-    unsigned size = localSize;
-    if (std::strlen(text) >= localSize) {
-        size = widen(text, nullptr, 0, encoding, nullptr);
-        if (size == 0)
-            return;
-        buffer = (large = std::make_unique_for_overwrite<wchar_t[]>(++size)).get();
-    }
-    unsigned const count = widen(text, buffer, size, encoding, ok);
+    if (room > localSize)
+        buffer = (large = std::make_unique_for_overwrite<wchar_t[]>(room)).get();
+    unsigned const count = widen(text, buffer, static_cast<unsigned>(room), encoding, ok);
     // The counts of UTF-8 include the terminator.
     if (count > 0)
         text::assign(changing().text, WideView(buffer, encoding == UTF8 ? count - 1 : count), largestSize);

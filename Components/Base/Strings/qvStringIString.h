@@ -214,11 +214,11 @@ private:
         body_ = other.body_;
         other.body_ = body;
     }
-    Body & changing();
-    void convertFromMultibyte(char const * text, Encoding encoding, bool * ok);
-    void convertToMultibyte(Encoding encoding, bool * ok) const;
-    unsigned formatFrom(unsigned initialSize, wchar_t const * fmt, std::va_list args);
-    unsigned formatFrom(unsigned initialSize, char const * fmt, std::va_list args);
+    QV_NO_EXPORT Body & changing();
+    QV_NO_EXPORT void convertFromMultibyte(char const * text, Encoding encoding, bool * ok);
+    QV_NO_EXPORT void convertToMultibyte(Encoding encoding, bool * ok) const;
+    QV_NO_EXPORT unsigned formatFrom(unsigned initialSize, wchar_t const * fmt, std::va_list args);
+    QV_NO_EXPORT unsigned formatFrom(unsigned initialSize, char const * fmt, std::va_list args);
 
     Body * body_; // never null
 };
