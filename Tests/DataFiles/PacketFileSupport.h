@@ -117,6 +117,7 @@ T reversedBytes(T value) {
 class SwappedWriter : public ioWriteContextBinary {
 public:
     using ioWriteContextBinary::ioWriteContextBinary;
+    bool writesNativeArrays() const override { return false; }
 
 #define QV_SWAP(name, type, tag, arrayTag)                                                                             \
     void write##name(type value) override { ioWriteContextBinary::write##name(reversedBytes(value)); }                 \
