@@ -1,4 +1,4 @@
-// meshdocument <file.obj> [directory]
+// MeshDocument <file.obj> [directory]
 //
 // Reads an OBJ file into a document, writes the document as a packet file in all four forms, reads each file back and
 // compares what it holds with the document. The files are named for the OBJ file and stay in the directory.
@@ -149,7 +149,7 @@ int run(char const * objName, fs::path const & directory) {
 
 int main(int argc, char ** argv) {
     if (argc != 2 && argc != 3) {
-        std::fprintf(stderr, "usage: meshdocument <file.obj> [directory]\n");
+        std::fprintf(stderr, "usage: MeshDocument <file.obj> [directory]\n");
         return 2;
     }
     try {

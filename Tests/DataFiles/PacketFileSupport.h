@@ -23,6 +23,7 @@
 #include <cstring>
 #include <functional>
 #include <memory>
+#include <ostream>
 #include <set>
 #include <string>
 #include <utility>
@@ -116,6 +117,7 @@ T reversedBytes(T value) {
 class SwappedWriter : public ioWriteContextBinary {
 public:
     using ioWriteContextBinary::ioWriteContextBinary;
+    bool writesNativeArrays() const override { return false; }
 
 #define QV_SWAP(name, type, tag, arrayTag)                                                                             \
     void write##name(type value) override { ioWriteContextBinary::write##name(reversedBytes(value)); }                 \
@@ -130,6 +132,13 @@ public:
 
 // The form of a file, with the byte order where that makes a difference.
 enum class Form { ascii, binary, asciiDebug, binaryDebug, binarySwapped, binaryDebugSwapped };
+
+// What a failing test names it.
+inline std::ostream & operator<<(std::ostream & to, Form form) {
+    char const * const names[] = {"Ascii",       "Binary",        "AsciiDebug",
+                                  "BinaryDebug", "BinarySwapped", "BinaryDebugSwapped"};
+    return to << names[static_cast<int>(form)];
+}
 
 inline constexpr Form allForms[] = {Form::ascii,       Form::binary,        Form::asciiDebug,
                                     Form::binaryDebug, Form::binarySwapped, Form::binaryDebugSwapped};

@@ -255,17 +255,11 @@ void check(std::vector<Step> const & steps, Form form, ioReadContext & from) {
     }
 }
 
-std::string nameOfForm(testing::TestParamInfo<Form> const & form) {
-    char const * const names[] = {"Ascii",       "Binary",        "AsciiDebug",
-                                  "BinaryDebug", "BinarySwapped", "BinaryDebugSwapped"};
-    return names[static_cast<int>(form.param)];
-}
-
 } // namespace
 
 class PacketFile : public testing::TestWithParam<Form> {};
 
-INSTANTIATE_TEST_SUITE_P(Forms, PacketFile, testing::ValuesIn(allForms), nameOfForm);
+INSTANTIATE_TEST_SUITE_P(Forms, PacketFile, testing::ValuesIn(allForms), testing::PrintToStringParamName());
 
 TEST_P(PacketFile, AnyFieldsInAnyNestingComeBack) {
     for (unsigned seed = 1; seed <= 60; ++seed) {

@@ -58,7 +58,7 @@ void checkWideClasses() {
 
 TEST(Characters, WideClassesAreTheRuntimesWithTheSymbolsAsLetters) {
     checkWideClasses();
-    qvtest::ScopedLocale const locale(qvtest::utf8Locale);
+    qvTest::ScopedLocale const locale(qvTest::utf8Locale);
     checkWideClasses();
     EXPECT_TRUE(isUpper(L'\x0416') && isAlpha(L'\x0436') && isPunct(L'\x2014') && !isPrint(L'\t'));
     EXPECT_TRUE(std::iswpunct(0x2190) != 0 && isAlpha(L'\x2190') && isPrint(L'\x2190') && !isPunct(L'\x2190'));

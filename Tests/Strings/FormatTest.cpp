@@ -2,7 +2,7 @@
 
 #include "Base/Strings/qvStringIString.h"
 
-#include "Support/Random.h"
+#include "RandomText.h"
 #include "Support/ScopedLocale.h"
 #include "Support/StringPrinters.h"
 
@@ -74,7 +74,7 @@ TEST(Format, ExchangesLettersOfPlainSpecificationsOnly) {
 }
 
 TEST(Format, TextArgumentsHaveOneMeaning) {
-    qvtest::ScopedLocale const locale(qvtest::utf8Locale);
+    qvTest::ScopedLocale const locale(qvTest::utf8Locale);
     char const * const narrow = "n\xC3\xA9\xF0\x9F\x98\x80";
     wchar_t const * const wide = L"w\x20AC\xD83D\xDE00";
     // Plain specifications, whatever the width of the format.
@@ -108,7 +108,7 @@ TEST(Format, TextArgumentsHaveOneMeaning) {
     EXPECT_EQ(formatted("%s|%S|%8S|%.3S", noNarrow, noWide, noWide, noWide), "(null)|(null)|  (null)|");
     EXPECT_EQ(formatted(L"%s|%S|%.6s|%.5s", noNarrow, noWide, noNarrow, noNarrow), "(null)|(null)|(null)|");
     {
-        qvtest::ScopedLocale const inC("C");
+        qvTest::ScopedLocale const inC("C");
         EXPECT_EQ(formatted("%S", L"\x20AC\xD83D\xDE00!"), "?\?\?!");
         EXPECT_EQ(formatted(L"%s", "\xC3\xA9!"), "?\?!");
     }
@@ -142,23 +142,23 @@ struct RandomSpecification {
     int stars[2] = {0, 0};
     int starCount = 0;
 
-    RandomSpecification(qvtest::Random & random, char const * possibleFlags) {
+    RandomSpecification(qvTest::Random & random, char const * possibleFlags) {
         for (char const * flag = possibleFlags; *flag != '\0'; ++flag)
-            if (random.chance(4))
+            if (random.oneIn(4))
                 flags += *flag;
-        if (random.chance(2))
+        if (random.oneIn(2))
             number(random, 24, -24);
-        if (random.chance(2)) {
+        if (random.oneIn(2)) {
             flags += '.';
             number(random, 20, -2);
         }
     }
-    void number(qvtest::Random & random, int most, int leastOfStar) {
-        if (random.chance(3)) {
+    void number(qvTest::Random & random, int most, int leastOfStar) {
+        if (random.oneIn(3)) {
             flags += '*';
             stars[starCount++] =
                 static_cast<int>(random.below(static_cast<unsigned>(most - leastOfStar))) + leastOfStar;
-        } else if (!random.chance(4))
+        } else if (!random.oneIn(4))
             flags += std::to_string(random.below(static_cast<unsigned>(most)));
     }
 };
@@ -182,7 +182,7 @@ void compare(RandomSpecification const & spec, char const * ours, char const * r
         check(spec.stars[0], spec.stars[1]);
 }
 
-void compareIntegers(qvtest::Random & random, RandomSpecification const & spec) {
+void compareIntegers(qvTest::Random & random, RandomSpecification const & spec) {
     struct Size {
         char const * ours;
         char const * runtimes;
@@ -192,10 +192,10 @@ void compareIntegers(qvtest::Random & random, RandomSpecification const & spec) 
                                      {"ll", "ll", true}, {"I64", "ll", true}, {"I32", "", false},  {"I", "l", true},
                                      {"j", "j", true},   {"z", "z", true},    {"t", "t", true},    {"q", "ll", true}};
     Size const & size = random.oneOf(sizes);
-    bool const isSigned = random.chance(2);
+    bool const isSigned = random.oneIn(2);
     char const letter = isSigned ? "di"[random.below(2)] : "uoxXbB"[random.below(6)];
     std::uint64_t const edges[] = {0, 1, 9, 10, 99, 100, 1ULL << 31, 1ULL << 63, ~0ULL, ~0ULL >> 1, 0xFFFFFFFF};
-    std::uint64_t const value = random.chance(2) ? random.oneOf(edges) : random.bits() >> random.below(64);
+    std::uint64_t const value = random.oneIn(2) ? random.oneOf(edges) : random.longBits() >> random.below(64);
     std::string const ours = size.ours + std::string(1, letter);
     std::string const runtimes = size.runtimes + std::string(1, letter);
     if (size.isLong)
@@ -204,13 +204,13 @@ void compareIntegers(qvtest::Random & random, RandomSpecification const & spec) 
         compare(spec, ours.c_str(), runtimes.c_str(), static_cast<unsigned>(value));
 }
 
-void compareFloats(qvtest::Random & random, RandomSpecification const & spec) {
+void compareFloats(qvTest::Random & random, RandomSpecification const & spec) {
     double const edges[] = {0.0,       -0.0,         1.0,  0.5,       1.5,      2.5,        1e100,
                             -1e-300,   123456.789,   0.1,  9.9999995, 1e-5,     5e-324,     INFINITY,
                             -INFINITY, std::nan(""), 1e15, 1e16,      999999.5, 0.000123456};
-    double const value = random.chance(2)
+    double const value = random.oneIn(2)
                              ? random.oneOf(edges)
-                             : std::ldexp(static_cast<double>(random.bits()), -static_cast<int>(random.below(90)));
+                             : std::ldexp(static_cast<double>(random.longBits()), -static_cast<int>(random.below(90)));
     char const letter[] = {"eEfFgGaA"[random.below(8)], '\0'};
     compare(spec, letter, letter, value);
     std::string const large = std::string("L") + letter;
@@ -218,7 +218,7 @@ void compareFloats(qvtest::Random & random, RandomSpecification const & spec) {
 }
 
 TEST(Format, NumbersAreWrittenAsTheRuntimeWritesThem) {
-    qvtest::Random random(4711);
+    qvTest::Random random;
     for (int round = 0; round < 20000 && !testing::Test::HasFailure(); ++round) {
         compareIntegers(random, RandomSpecification(random, "-+ #0"));
         compareFloats(random, RandomSpecification(random, "-+ #0"));
@@ -231,7 +231,7 @@ TEST(Format, NumbersAreWrittenAsTheRuntimeWritesThem) {
 }
 
 TEST(Format, TextsHaveTheRuntimesWidthsAndPrecisions) {
-    qvtest::Random random(4712);
+    qvTest::Random random;
     static constexpr char const * texts[] = {"", "a", "text", "a text that is longer"};
     for (int round = 0; round < 5000; ++round) {
         RandomSpecification const spec(random, "-");

@@ -3,7 +3,7 @@
 #include "Base/Strings/qvStringCharacters.h"
 #include "Base/Strings/qvStringIString.h"
 
-#include "Support/Random.h"
+#include "RandomText.h"
 #include "Support/StringPrinters.h"
 
 #include <algorithm>
@@ -49,13 +49,13 @@ protected:
     Model randomText() {
         static constexpr char alphabet[] = {'a', 'b', 'e', ' ', 'A', '\t', '\0'};
         Model text;
-        for (unsigned n = random.below(random.chance(8) ? 40 : 4); n-- != 0;)
-            text += static_cast<ModelChar>(alphabet[random.chance(3) ? random.below(7) : random.below(3)]);
+        for (unsigned n = random.below(random.oneIn(8) ? 40 : 4); n-- != 0;)
+            text += static_cast<ModelChar>(alphabet[random.oneIn(3) ? random.below(7) : random.below(3)]);
         return text;
     }
     static String stringOf(Model const & model) { return {Kind::pointer(model), static_cast<int>(model.size())}; }
     static Model terminated(Model const & model) { return model.substr(0, model.find(ModelChar())); }
-    unsigned position() { return random.chance(10) ? String::npos : random.below(12); }
+    unsigned position() { return random.oneIn(10) ? String::npos : random.below(12); }
     static unsigned found(std::size_t at) { return static_cast<unsigned>(at); }
 
     // Does the same to both; either both throw, or neither.
@@ -89,7 +89,7 @@ protected:
         ASSERT_EQ(Kind::pointer(model)[model.size()], string.at(string.length()));
     }
 
-    qvtest::Random random{77};
+    qvTest::Random random;
     String string;
     Model model;
 };
@@ -210,7 +210,7 @@ void StringModel<Kind>::search() {
 
 template <class Kind>
 void StringModel<Kind>::compare() {
-    Model const text = random.chance(4) ? model : randomText();
+    Model const text = random.oneIn(4) ? model : randomText();
     String const other = stringOf(text);
     int const order = sign(model.compare(text));
     ASSERT_EQ(sign(string.compare(other)), order);

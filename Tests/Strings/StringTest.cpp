@@ -202,7 +202,7 @@ TEST(IString, AsksAgainOnlyWhatItDoesNotKnow) {
 
     // A form that is known does not change when the locale does: it is not made again.
     EXPECT_STREQ(string.asMultibyte(Multibyte, &ok), "a?");
-    qvtest::ScopedLocale const locale(qvtest::utf8Locale);
+    qvTest::ScopedLocale const locale(qvTest::utf8Locale);
     EXPECT_STREQ(string.asMultibyte(Multibyte, &ok), "a?");
     EXPECT_FALSE(ok);
     EXPECT_STREQ(string.asMultibyte(), "a?");
@@ -263,7 +263,7 @@ TEST(IString, CollatesByTheLocaleAndElseByCode) {
     EXPECT_EQ(IString(L"a\0b", 3).collate(L"a"), 0);
     EXPECT_EQ(IString(L"AbC").compareNoCase(L"aBc"), 0);
     EXPECT_LT(IString(L"aB").collateNoCase(L"AC"), 0);
-    qvtest::ScopedLocale const locale(qvtest::utf8Locale);
+    qvTest::ScopedLocale const locale(qvTest::utf8Locale);
     EXPECT_LT(IString(L"\xFFFD").collate(IString(L"\xD83D\xDE00")), 0) << "by code point, not by unit";
     EXPECT_NE(IString(L"\xD800").collate(L"?"), 0) << "what has no narrow form is told apart";
     EXPECT_EQ(IString(L"\x0416").compareNoCase(L"\x0436"), 0);
@@ -275,7 +275,7 @@ TEST(Strings, MixWithNarrowLiteralsAndEachOther) {
     EXPECT_EQ(IString(L"narrow"), "narrow");
     EXPECT_TRUE(CString("a") < "b" && CString("b") > std::string_view("a") && CString("a") != "b");
     EXPECT_TRUE(IString(L"a") < L"b" && IString(L"b") > std::u16string_view(u"a") && IString(L"a") != L"b");
-    qvtest::ScopedLocale const locale(qvtest::utf8Locale);
+    qvTest::ScopedLocale const locale(qvTest::utf8Locale);
     EXPECT_EQ(IString(eAcute), u"\x00E9");
 }
 

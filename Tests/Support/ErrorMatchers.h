@@ -4,8 +4,8 @@
 //     EXPECT_THAT(file.open(flags), FailsWith(3, "Can't open file a: No such file or directory"));
 //     EXPECT_THAT([] { qvUtil::Interval("x"); }, ThrowsError(1, "Bad time string"));
 
-#ifndef ErrorMatchers_h
-#define ErrorMatchers_h
+#ifndef qvTestErrorMatchers_h
+#define qvTestErrorMatchers_h
 
 #include "Base/Utility/qvUtilError.h"
 
@@ -23,7 +23,7 @@ inline void PrintTo(Error const & error, std::ostream * stream) {
 
 } // namespace qvUtil
 
-namespace qvtest {
+namespace qvTest {
 
 MATCHER(Succeeds, "succeeds") { return arg.num() == 0; }
 
@@ -40,6 +40,6 @@ auto ThrowsError(int number, Text text) {
     return testing::Throws<qvUtil::Error>(FailsWith(number, text));
 }
 
-} // namespace qvtest
+} // namespace qvTest
 
 #endif

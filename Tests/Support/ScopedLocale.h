@@ -1,14 +1,14 @@
 // Sets the C runtime's locale for a test and puts the old one back.
 
-#ifndef ScopedLocale_h
-#define ScopedLocale_h
+#ifndef qvTestScopedLocale_h
+#define qvTestScopedLocale_h
 
 #include <gtest/gtest.h>
 
 #include <clocale>
 #include <string>
 
-namespace qvtest {
+namespace qvTest {
 
 class ScopedLocale {
 public:
@@ -26,6 +26,6 @@ private:
 /// A locale with a multibyte encoding that every machine has.
 inline constexpr char const * utf8Locale = "C.UTF-8";
 
-} // namespace qvtest
+} // namespace qvTest
 
 #endif

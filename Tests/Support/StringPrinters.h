@@ -1,7 +1,7 @@
 // How the test library shows strings when they differ: as UTF-8, between quotes, with zeros and controls escaped.
 
-#ifndef StringPrinters_h
-#define StringPrinters_h
+#ifndef qvTestStringPrinters_h
+#define qvTestStringPrinters_h
 
 #include "Base/Strings/qvStringIString.h"
 

@@ -15,8 +15,8 @@ namespace qvUtil {
 namespace {
 
 using qvString::IString;
-using qvtest::FailsWith;
-using qvtest::Succeeds;
+using qvTest::FailsWith;
+using qvTest::Succeeds;
 
 TEST(Error, TheNumberAloneDecides) {
     EXPECT_THAT(Error(), Succeeds());
@@ -75,7 +75,7 @@ TEST(Error, FormatsNarrowAndWideTextAlike) {
     EXPECT_THAT(Error(1, IString(L"100%d %s")), FailsWith(1, "100%d %s"));
     EXPECT_THAT(Error(1, "%s", std::string(5000, 'x').c_str()), FailsWith(1, std::string(5000, 'x')));
 
-    qvtest::ScopedLocale const locale(qvtest::utf8Locale);
+    qvTest::ScopedLocale const locale(qvTest::utf8Locale);
     EXPECT_THAT(Error(2, "\xC3\xA9 %s %S", "\xE2\x82\xAC", L"\xD83D\xDE00"),
                 FailsWith(2, "\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80"));
 }
@@ -130,7 +130,7 @@ TEST(Error, SubclassesSetTheTextAndTravelAsErrors) {
         EXPECT_EQ(*error, Error(5, ""));
     }
     EXPECT_EQ(destroyed, 1);
-    EXPECT_THAT([] { throw Error(6, "thrown"); }, qvtest::ThrowsError(6, "thrown"));
+    EXPECT_THAT([] { throw Error(6, "thrown"); }, qvTest::ThrowsError(6, "thrown"));
     static_assert(sizeof(Error) <= 3 * sizeof(void *) && std::is_nothrow_move_constructible_v<Error>);
 }
 

@@ -51,6 +51,20 @@ void BlockAllocator::addBlock() {
     blocks_ = block;
 }
 
+void BlockAllocator::freeAll() noexcept {
+    freed_ += allocated_;
+    allocated_ = 0;
+    freeList_ = nullptr;
+    // Backwards, so that elements are handed out again in the order of their addresses within a block.
+    for (Block * block = blocks_; block; block = block->next) {
+        for (int i = block->count; i-- > 0;) {
+            void * const p = elementsOf(block) + std::size_t(elementSize_) * unsigned(i);
+            std::memcpy(p, &freeList_, sizeof freeList_);
+            freeList_ = p;
+        }
+    }
+}
+
 void BlockAllocator::freeEverything() noexcept {
     for (Block * block = blocks_; block;)
         std::free(std::exchange(block, block->next));

@@ -52,6 +52,9 @@ public:
         ++freed_;
     }
 
+    // Puts every element that was taken from the blocks on the free list. The blocks stay.
+    void freeAll() noexcept;
+
     // Returns all blocks to the heap, whether their elements were freed or not.
     void freeEverything() noexcept;
 

@@ -52,7 +52,7 @@ concept Ordered = requires(T const & a, T const & b) {
 // The three-way comparison of elements that may have no more than operator<.
 struct ThreeWay {
     template <typename T>
-    auto operator()(T const & a, T const & b) const {
+    constexpr auto operator()(T const & a, T const & b) const {
         if constexpr (std::three_way_comparable<T>) {
             return a <=> b;
         } else {
@@ -80,6 +80,33 @@ private:
     Action action_;
     bool armed_ = true;
 };
+
+template <typename P>
+concept PairLike = requires(P & p) {
+    p.first;
+    p.second;
+};
+
+// Whether arguments for an element of a set or a map contain its key, so that it can be looked up before the element is
+// built: the key itself, the key and a value, or a pair.
+template <typename K, bool isSet, typename First = void, typename... Rest>
+consteval bool argumentsTellKey() {
+    if constexpr (std::is_void_v<First> || sizeof...(Rest) > (isSet ? 0 : 1))
+        return false;
+    else if constexpr (isSet || sizeof...(Rest) == 1)
+        return std::is_same_v<std::remove_cvref_t<First>, K>;
+    else if constexpr (PairLike<std::remove_reference_t<First>>)
+        return std::is_same_v<std::remove_cvref_t<decltype(std::declval<First &>().first)>, K>;
+    else
+        return false;
+}
+template <bool isSet, typename First, typename... Rest>
+auto const & toldKey(First const & first, Rest const &...) {
+    if constexpr (isSet || sizeof...(Rest) == 1)
+        return first;
+    else
+        return first.first;
+}
 
 // Functions for the cores' tables. Those that do nothing are null, and the cores then skip the call.
 template <typename T>

@@ -9,7 +9,7 @@ ioBufferedStream::ioBufferedStream(bool input) : status_(ioStreamGood), input_(i
 ioBufferedStream::~ioBufferedStream() { delete top_; }
 
 // The two enumerations number some of their values differently. This is the one place that knows both.
-void ioBufferedStream::promoteBufferStatus() {
+void ioBufferedStream::promoteBufferStatus() const {
     switch (top_->status()) {
     case ioBufferGood:
         return;
@@ -34,11 +34,16 @@ void ioBufferedStream::promoteBufferStatus() {
     }
 }
 
+void ioBufferedStream::settle() const {
+    top_->settleChain();
+    promoteBufferStatus();
+}
+
 void ioBufferedStream::openOn(ioBuffer * end) {
     status_ = ioStreamGood;
     top_ = end;
     promoteBufferStatus();
-    if (!good()) {
+    if (!goodSoFar()) {
         delete top_;
         top_ = nullptr;
     }

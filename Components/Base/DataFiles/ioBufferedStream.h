@@ -47,8 +47,14 @@ public:
     ioBufferedStream(ioBufferedStream const &) = delete;
     ioBufferedStream & operator=(ioBufferedStream const &) = delete;
 
-    bool good() const { return status_ == ioStreamGood; }
-    ioStreamStatus getStatus() const { return status_; }
+    bool good() const { return getStatus() == ioStreamGood; }
+    // Of everything that was read or written so far, but for what the links still hold in their blocks.
+    ioStreamStatus getStatus() const {
+        if (!input_ && top_ && status_ == ioStreamGood) {
+            settle();
+        }
+        return status_;
+    }
     // Forgets the stream's failure, but not that of a link of the chain.
     void resetStatus() { status_ = ioStreamGood; }
     bool isOpen() const { return top_ != nullptr; }
@@ -72,7 +78,9 @@ protected:
 
     void setStatus(ioStreamStatus status) { status_ = status; }
     // Takes over the status of the top link, unless that is good.
-    void promoteBufferStatus();
+    void promoteBufferStatus() const;
+    // The status so far, without asking for the fate of blocks that are on their way.
+    bool goodSoFar() const { return status_ == ioStreamGood; }
     // Makes the link the top of an empty chain; when its status is not good it is deleted and the stream is closed.
     void openOn(ioBuffer * end);
     // False on a closed stream, with the status set for it.
@@ -81,10 +89,11 @@ protected:
     ioBuffer * top() const { return top_; }
 
 private:
+    void settle() const;
     void addBufferToChain(ioBuffer * link);
     void popBufferChain();
 
-    ioStreamStatus status_;
+    mutable ioStreamStatus status_;
     bool input_;
     ioBuffer * top_;
 };

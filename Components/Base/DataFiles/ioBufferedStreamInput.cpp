@@ -111,6 +111,10 @@ ioStreamBlock ioStreamBlock::of(ioBufferedStreamInput & stream) {
 
 void ioStreamBlock::consume(ioBufferedStreamInput & stream, int count) { stream.top()->consume(count); }
 
+char const * ioStreamBlock::takeInPlace(ioBufferedStreamInput & stream, int count) {
+    return stream.top() ? stream.top()->takeInPlace(count) : nullptr;
+}
+
 void ioStreamBlock::skipIfNext(ioBufferedStreamInput & stream, char c) {
     ioBuffer * top = stream.top();
     if (!top) {

@@ -64,7 +64,7 @@ void ioBufferedStreamOutput::writeString(char const * text) {
         requireOpen();
         return;
     }
-    while (left > 0 && good()) {
+    while (left > 0 && goodSoFar()) {
         std::size_t const piece = left < maxPiece ? left : maxPiece;
         writeData(text, static_cast<int>(piece));
         text += piece;

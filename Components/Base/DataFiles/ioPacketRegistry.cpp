@@ -1,5 +1,6 @@
 #include "Base/DataFiles/ioPacketRegistry.h"
 
+#include "Base/Containers/qvMap.h"
 #include "Base/Containers/qvVector.h"
 #include "Base/DataFiles/Internal/ioNumberText.h"
 #include "Base/DataFiles/ioBufferedStreamInput.h"
@@ -7,7 +8,6 @@
 #include "Base/DataFiles/ioPacketType.h"
 
 #include <cstring>
-#include <map>
 #include <memory>
 
 namespace {
@@ -59,7 +59,7 @@ class ioPacketRegistryImpl {
 public:
     // The map owns the types in it, under the names that they hold themselves.
     qv::vector<ioPacketType *> byNumber;
-    std::map<char const *, ioPacketType *, TextLess> byName;
+    qv::map<char const *, ioPacketType *, TextLess> byName;
     qv::vector<ioPacketType *> refused;
 };
 

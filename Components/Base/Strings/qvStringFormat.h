@@ -30,7 +30,7 @@
 // numbered
 //   arguments ("%1$d") in a wide format, and in a narrow one that also takes wide arguments.
 //
-// Numbers are written as the current locale has it.
+// Numbers are written as the current locale has them.
 
 #ifdef __cplusplus
 extern "C" {

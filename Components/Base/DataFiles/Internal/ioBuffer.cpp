@@ -4,7 +4,8 @@
 #include <cstring>
 #include <utility>
 
-ioBuffer::ioBuffer(ioBufferDirection direction) : direction_(direction) {}
+ioBuffer::ioBuffer(ioBufferDirection direction, int storageSize)
+    : storage_(new char[static_cast<std::size_t>(storageSize)]), block_(storage_.get()), direction_(direction) {}
 
 ioBuffer::~ioBuffer() {
     // Unrolled, so that a chain of any length goes without recursion.
@@ -19,13 +20,40 @@ std::int64_t ioBuffer::tell() { return 0; }
 
 void ioBuffer::finish() {}
 
-int ioBuffer::readBlocksAndFill(char *, int) { return 0; }
+void ioBuffer::settle() {}
 
-bool ioBuffer::flushAndWriteBlocks(char const *, int) { return false; }
+int ioBuffer::readLarge(char *, int) { return 0; }
 
-void ioBuffer::dropBlock() {
-    position_ = 0;
-    limit_ = 0;
+int ioBuffer::writeLarge(char const *, int) { return 0; }
+
+void ioBuffer::dropBlock() { setBlock(block_, 0, 0); }
+
+void ioBuffer::fillBlock() {
+    setBlock(block_, 0, 0);
+    int const count = std::clamp(readBlock(block_, blockSize), 0, blockSize);
+    setBlock(block_, 0, count);
+    countBlock(count);
+}
+
+void ioBuffer::passBlock(int count) {
+    writeBlock(block_, count);
+    setBlock(block_, 0, 0);
+    countBlock(count);
+}
+
+char const * ioBuffer::takeInPlace(int count) {
+    if (numAvailable() < count) {
+        return nullptr;
+    }
+    char const * const bytes = available();
+    consume(count);
+    return bytes;
+}
+
+void ioBuffer::setBlock(char * block, int position, int limit) {
+    block_ = block;
+    position_ = position;
+    limit_ = limit;
 }
 
 void ioBuffer::countBlock(int count) {
@@ -39,25 +67,17 @@ int ioBuffer::read(char * bytes, int count) {
     int copied = 0;
     while (copied < count) {
         if (position_ == limit_) {
-            if (!good()) {
-                break;
+            if (int const moved = good() ? readLarge(bytes + copied, count - copied) : 0) {
+                copied += moved;
+                continue;
             }
-            int const wanted = count - copied;
-            if (wanted >= blockSize) {
-                if (int const direct = readBlocksAndFill(bytes + copied, wanted - wanted % blockSize)) {
-                    copied += direct;
-                    continue;
-                }
-            }
-            if (good()) {
-                fill();
-            }
+            fill();
             if (position_ == limit_) {
                 break;
             }
         }
         int const piece = std::min(count - copied, limit_ - position_);
-        std::memcpy(bytes + copied, data_ + position_, static_cast<std::size_t>(piece));
+        std::memcpy(bytes + copied, block_ + position_, static_cast<std::size_t>(piece));
         position_ += piece;
         copied += piece;
     }
@@ -67,17 +87,16 @@ int ioBuffer::read(char * bytes, int count) {
 void ioBuffer::write(char const * bytes, int count) {
     while (count > 0 && good()) {
         if (position_ == blockSize) {
-            int const whole = count - count % blockSize;
-            if (whole > 0 && flushAndWriteBlocks(bytes, whole)) {
-                bytes += whole;
-                count -= whole;
-                continue;
+            if (int const moved = writeLarge(bytes, count)) {
+                bytes += moved;
+                count -= moved;
+            } else {
+                flushBuffer();
             }
-            flushBuffer();
             continue;
         }
         int const piece = std::min(count, blockSize - position_);
-        std::memcpy(data_ + position_, bytes, static_cast<std::size_t>(piece));
+        std::memcpy(block_ + position_, bytes, static_cast<std::size_t>(piece));
         position_ += piece;
         bytes += piece;
         count -= piece;
@@ -85,13 +104,9 @@ void ioBuffer::write(char const * bytes, int count) {
 }
 
 void ioBuffer::fill() {
-    if (!good()) {
-        return;
+    if (good()) {
+        fillBlock();
     }
-    position_ = 0;
-    limit_ = 0;
-    limit_ = std::clamp(readBlock(data_, blockSize), 0, blockSize);
-    countBlock(limit_);
 }
 
 void ioBuffer::flushBuffer() {
@@ -101,10 +116,7 @@ void ioBuffer::flushBuffer() {
     if (input()) {
         dropBlock();
     } else if (position_ > 0) {
-        int const count = position_;
-        writeBlock(data_, count);
-        dropBlock();
-        countBlock(count);
+        passBlock(position_);
     }
 }
 
@@ -113,6 +125,17 @@ void ioBuffer::flushChain() {
     if (next_) {
         next_->flushChain();
         promoteStatus(ioBufferEnds::included);
+    } else if (!input()) {
+        settle();
+    }
+}
+
+void ioBuffer::settleChain() {
+    if (next_) {
+        next_->settleChain();
+        promoteStatus(ioBufferEnds::ignored);
+    } else {
+        settle();
     }
 }
 

@@ -5,6 +5,7 @@
 
 #include "Base/Utility/qvUtilError.h"
 
+#include <cstdint>
 #include <memory>
 
 enum ioBufferStatus : int {
@@ -30,7 +31,8 @@ class ioBuffer {
 public:
     static constexpr int blockSize = 4096;
 
-    explicit ioBuffer(ioBufferDirection direction);
+    // The storage holds at least one block. An end may have room for several, and move its block along in it.
+    explicit ioBuffer(ioBufferDirection direction, int storageSize = blockSize);
     // Neither flushes nor closes.
     virtual ~ioBuffer();
     // A position below 0 is the end of the data. False where the link cannot seek.
@@ -53,6 +55,9 @@ public:
     void fill();
     void flushBuffer();
     void flushChain();
+    // Output: writes what the end of the chain has gathered, so that the statuses are those of single blocks. The
+    // blocks that the links hold stay there.
+    void settleChain();
     void promoteStatus(ioBufferEnds ends);
     // Finishes this link and hands over what is below it.
     std::unique_ptr<ioBuffer> popNext();
@@ -66,29 +71,42 @@ public:
     qvUtil::Error const & error() const { return error_; }
 
     // The bytes of an input link that are there without a fill, and their consumption.
-    char const * available() const { return data_ + position_; }
+    char const * available() const { return block_ + position_; }
     int numAvailable() const { return limit_ - position_; }
     void consume(int count) { position_ += count; }
+
+    // Takes so many bytes that lie in one piece, without copying them; they stay until the next operation on the
+    // link. Null, with nothing taken, where the link cannot do that.
+    virtual char const * takeInPlace(int count);
 
 protected:
     ioBuffer * next() const { return next_.get(); }
     void setError(qvUtil::Error const & error) { error_ = error; }
-    void dropBlock();
-    void countBlock(int count);
 
-    // Moves several whole blocks at once, where a link can do that without passing through its own block: all of
-    // `count` bytes into or out of the caller's memory, and the link's own block in the same transfer. The default
-    // does nothing and gives 0.
-    virtual int readBlocksAndFill(char * bytes, int count);
-    virtual bool flushAndWriteBlocks(char const * bytes, int count);
+    // Input: makes the next block current, empty at an end or a failure.
+    virtual void fillBlock();
+    // Input: forgets the current block, and what was read ahead of it.
+    virtual void dropBlock();
+    // Output: sends so many bytes of the current block on their way and makes an empty block current.
+    virtual void passBlock(int count);
+    // Output: writes the passed blocks that an end has gathered. The current block stays.
+    virtual void settle();
+    // A transfer so large that the link's storage is not worth its while: whole blocks straight from or into the
+    // caller's memory. The result is the number of bytes moved, 0 when the link prefers its blocks.
+    virtual int readLarge(char * bytes, int count);
+    virtual int writeLarge(char const * bytes, int count);
 
-    char * block() { return data_; }
+    char * storage() const { return storage_.get(); }
+    char * block() const { return block_; }
     int position() const { return position_; }
-    void setLimit(int limit) { limit_ = limit; }
+    int limit() const { return limit_; }
+    void setBlock(char * block, int position, int limit);
+    void countBlock(int count);
 
 private:
     qvUtil::Error error_;
-    char data_[blockSize];
+    std::unique_ptr<char[]> storage_;
+    char * block_;
     int position_ = 0;
     int limit_ = 0;
     int total_ = 0; // wraps on long streams; only the progress function sees it

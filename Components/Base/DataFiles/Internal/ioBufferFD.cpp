@@ -1,34 +1,54 @@
 #include "Base/DataFiles/Internal/ioBufferFD.h"
 
 #include <algorithm>
+#include <cstring>
 
-using qvPlatform::ConstantPiece;
-using qvPlatform::MutablePiece;
+namespace {
 
-ioBufferFD::ioBufferFD(ioBufferDirection direction) : ioBuffer(direction) {}
+constexpr int storageSize = 16 * ioBuffer::blockSize;
+
+constexpr int wholeBlocks(int count) { return count - count % ioBuffer::blockSize; }
+
+} // namespace
+
+ioBufferFD::ioBufferFD(ioBufferDirection direction) : ioBuffer(direction, storageSize), aheadEnd_(storage()) {}
+
+ioBufferFD::~ioBufferFD() {
+    if (!input()) {
+        settle();
+    }
+}
+
+void ioBufferFD::opened(qvPlatform::Descriptor descriptor) {
+    isOpen_ = descriptor >= 0;
+    descriptor_ = isOpen_ ? descriptor : qvPlatform::noDescriptor;
+    if (isOpen_) {
+        canSeek_ = qvPlatform::currentPosition(descriptor_) >= 0;
+    } else {
+        setStatus(ioBufferOpenFailed);
+    }
+}
 
 void ioBufferFD::open(qvString::IString const & name) {
-    auto const result =
-        input() ? qvPlatform::openForReading(name, descriptor_)
-                : qvPlatform::openForWriting(
-                      name, truncate_ ? qvPlatform::Truncation::truncate : qvPlatform::Truncation::keep, descriptor_);
-    isOpen_ = result.good();
-    if (!isOpen_) {
-        descriptor_ = qvPlatform::noDescriptor;
-        setStatus(ioBufferOpenFailed);
+    auto descriptor = qvPlatform::noDescriptor;
+    if (input()) {
+        qvPlatform::openForReading(name, descriptor);
+    } else {
+        auto const truncation = truncate_ ? qvPlatform::Truncation::truncate : qvPlatform::Truncation::keep;
+        qvPlatform::openForWriting(name, truncation, descriptor);
     }
+    opened(descriptor);
 }
 
-void ioBufferFD::open(qvPlatform::Descriptor descriptor) {
-    descriptor_ = descriptor;
-    isOpen_ = descriptor >= 0;
-    if (!isOpen_) {
-        setStatus(ioBufferOpenFailed);
-    }
-}
+void ioBufferFD::open(qvPlatform::Descriptor descriptor) { opened(descriptor); }
 
 void ioBufferFD::close() {
     if (isOpen_) {
+        if (input()) {
+            dropBlock();
+        } else {
+            settle();
+        }
         auto const result = qvPlatform::closeDescriptor(descriptor_);
         if (!result.good()) {
             takeFailure(result);
@@ -45,12 +65,15 @@ void ioBufferFD::takeFailure(qvPlatform::FileResult result) {
     }
 }
 
-int ioBufferFD::readPieces(std::span<MutablePiece const> pieces) {
+// --- input ---
+
+int ioBufferFD::readBlock(char * bytes, int count) {
     if (descriptor_ < 0) {
         setStatus(ioBufferFailed);
         return 0;
     }
-    auto const transfer = qvPlatform::readSome(descriptor_, pieces);
+    qvPlatform::MutablePiece const piece{bytes, static_cast<std::size_t>(count)};
+    auto const transfer = qvPlatform::readSome(descriptor_, {&piece, 1});
     if (!transfer.result.good()) {
         setStatus(ioBufferFailed);
     } else if (transfer.count == 0) {
@@ -59,56 +82,144 @@ int ioBufferFD::readPieces(std::span<MutablePiece const> pieces) {
     return static_cast<int>(transfer.count);
 }
 
-int ioBufferFD::readBlock(char * bytes, int count) {
-    MutablePiece const piece{bytes, static_cast<std::size_t>(count)};
-    return readPieces({&piece, 1});
+// Makes the next block of what was read the current one. Blocks are counted as the reader comes to them, however many
+// were read at once.
+void ioBufferFD::enterNextBlock() {
+    int const count = std::min(blockSize, numAhead());
+    setBlock(block() + limit(), 0, count);
+    countBlock(count);
 }
 
-// One call of the system fills the caller's memory and the block behind it. What it delivers is counted in blocks,
-// as single fills would have counted it.
-int ioBufferFD::readBlocksAndFill(char * bytes, int count) {
-    MutablePiece const pieces[] = {{bytes, static_cast<std::size_t>(count)}, {block(), blockSize}};
-    dropBlock();
-    int const got = readPieces(pieces);
-    setLimit(std::max(got - count, 0));
-    for (int counted = 0; counted < got; counted += blockSize) {
-        countBlock(std::min(blockSize, got - counted));
+void ioBufferFD::fillBlock() {
+    if (numAhead() == 0) {
+        setBlock(storage(), 0, 0);
+        aheadEnd_ = storage();
+        aheadEnd_ += readBlock(storage(), canSeek_ ? storageSize : blockSize);
     }
-    return std::min(got, count);
+    enterNextBlock();
 }
 
-void ioBufferFD::writeBlock(char * bytes, int count) {
-    if (descriptor_ < 0) {
-        setStatus(ioBufferFailed);
-        return;
+void ioBufferFD::dropBlock() {
+    int const ahead = numAhead();
+    if (ahead > 0) {
+        qvPlatform::seekTo(descriptor_, qvPlatform::currentPosition(descriptor_) - ahead);
     }
-    ConstantPiece const piece{bytes, static_cast<std::size_t>(count)};
-    auto const transfer = qvPlatform::writeAll(descriptor_, {&piece, 1});
-    if (!transfer.result.good()) {
-        takeFailure(transfer.result);
-    }
+    setBlock(storage(), 0, 0);
+    aheadEnd_ = storage();
 }
 
-// One call of the system takes the full block and the whole blocks that follow it in the caller's memory.
-bool ioBufferFD::flushAndWriteBlocks(char const * bytes, int count) {
-    if (descriptor_ < 0) {
+// Brings so many bytes behind the position into one piece of the storage. False when the data ends or fails before;
+// the next fill will meet that itself.
+bool ioBufferFD::readAhead(int count) {
+    if (count > storageSize || !canSeek_ || !good()) {
         return false;
     }
-    ConstantPiece const pieces[] = {{block(), static_cast<std::size_t>(position())},
-                                    {bytes, static_cast<std::size_t>(count)}};
-    int const held = position();
-    auto const transfer = qvPlatform::writeAll(descriptor_, pieces);
-    if (!transfer.result.good()) {
-        takeFailure(transfer.result);
-    }
-    dropBlock();
-    for (int counted = 0; counted < held + count; counted += blockSize) {
-        countBlock(blockSize);
+    char const * const at = available();
+    auto const held = static_cast<std::size_t>(aheadEnd_ - at);
+    std::memmove(storage(), at, held);
+    setBlock(storage(), 0, numAvailable());
+    aheadEnd_ = storage() + held;
+    while (aheadEnd_ - storage() < count) {
+        auto const room = static_cast<std::size_t>(storage() + storageSize - aheadEnd_);
+        qvPlatform::MutablePiece const piece{aheadEnd_, room};
+        auto const transfer = qvPlatform::readSome(descriptor_, {&piece, 1});
+        if (transfer.count == 0) {
+            return false;
+        }
+        aheadEnd_ += transfer.count;
     }
     return true;
 }
 
+char const * ioBufferFD::takeInPlace(int count) {
+    if (aheadEnd_ - available() < count && !readAhead(count)) {
+        return nullptr;
+    }
+    char const * const bytes = available();
+    for (int left = count; left > 0;) {
+        if (numAvailable() == 0) {
+            enterNextBlock();
+        }
+        int const piece = std::min(left, numAvailable());
+        consume(piece);
+        left -= piece;
+    }
+    return bytes;
+}
+
+int ioBufferFD::readLarge(char * bytes, int count) {
+    if (wholeBlocks(count) < storageSize || numAhead() > 0) {
+        return 0;
+    }
+    dropBlock();
+    int const got = readBlock(bytes, wholeBlocks(count));
+    countBlocks(got);
+    return got;
+}
+
+void ioBufferFD::countBlocks(int count) {
+    for (int left = count; left > 0; left -= blockSize) {
+        countBlock(std::min(left, blockSize));
+    }
+}
+
+// --- output ---
+
+void ioBufferFD::writePieces(std::span<qvPlatform::ConstantPiece const> pieces) {
+    if (descriptor_ < 0) {
+        setStatus(ioBufferFailed);
+        return;
+    }
+    auto const transfer = qvPlatform::writeAll(descriptor_, pieces);
+    if (!transfer.result.good()) {
+        takeFailure(transfer.result);
+    }
+}
+
+void ioBufferFD::writeBlock(char * bytes, int count) {
+    qvPlatform::ConstantPiece const piece{bytes, static_cast<std::size_t>(count)};
+    writePieces({&piece, 1});
+}
+
+void ioBufferFD::passBlock(int count) {
+    setBlock(block() + count, 0, 0);
+    if (storage() + storageSize - block() < blockSize) {
+        settle();
+    }
+    countBlock(count);
+}
+
+void ioBufferFD::settle() {
+    if (numGathered() == 0) {
+        return;
+    }
+    if (good()) {
+        writeBlock(storage(), numGathered());
+    }
+    int const held = position();
+    std::memmove(storage(), block(), static_cast<std::size_t>(held));
+    setBlock(storage(), held, 0);
+}
+
+int ioBufferFD::writeLarge(char const * bytes, int count) {
+    int const whole = wholeBlocks(count);
+    if (whole < storageSize) {
+        return 0;
+    }
+    int const held = position();
+    qvPlatform::ConstantPiece const pieces[] = {{storage(), static_cast<std::size_t>(numGathered() + held)},
+                                                {bytes, static_cast<std::size_t>(whole)}};
+    writePieces(pieces);
+    setBlock(storage(), 0, 0);
+    countBlocks(held + whole);
+    return whole;
+}
+
 bool ioBufferFD::seek(std::int64_t position) {
+    if (input()) {
+        setBlock(storage(), 0, 0);
+        aheadEnd_ = storage();
+    }
     return (position < 0 ? qvPlatform::seekToEnd(descriptor_) : qvPlatform::seekTo(descriptor_, position)).good();
 }
 

@@ -2,6 +2,7 @@
 
 #include "Base/DataFiles/Internal/ioFieldTypes.h"
 #include "Base/DataFiles/Internal/ioReadContextBinary.h"
+#include "Base/DataFiles/Internal/ioStreamBlock.h"
 #include "Base/DataFiles/ioBufferedStreamInput.h"
 #include "Base/DataFiles/ioBufferedStreamOutput.h"
 #include "Base/DataFiles/ioPacketType.h"
@@ -64,15 +65,21 @@ void ioPacketFileBinaryBuffer::writeSubPacketEnd(ioWriteContext & context) {
 
 void ioPacketFileBinaryBuffer::endWrite(ioWriteContext &, ioBufferedStreamOutput & stream) {
     nesting_.clear();
-    auto const size = static_cast<std::int32_t>(bytes_.size() - static_cast<int>(sizeof(Frame)));
+    std::int32_t const size = bytes_.size() - static_cast<int>(sizeof(Frame)) + trailerSize_;
     std::memcpy(bytes_.begin() + offsetof(Frame, size), &size, sizeof size);
     if (valid()) {
         stream.writeData(bytes_.begin(), bytes_.size());
+        stream.writeData(trailer_, trailerSize_);
     }
+    setTrailer(nullptr, 0);
 }
 
-// Memory is taken as the bytes arrive, so that a size field alone costs nothing.
-bool ioPacketFileBinaryBuffer::loadBody(ioBufferedStreamInput & stream, int size) {
+// Gives the number of bytes that are there. Memory is taken as they arrive, so that a size field alone costs nothing.
+int ioPacketFileBinaryBuffer::loadBody(ioBufferedStreamInput & stream, int size) {
+    body_ = ioStreamBlock::takeInPlace(stream, size);
+    if (body_) {
+        return size;
+    }
     bytes_.rewind();
     while (bytes_.size() < size) {
         bytes_.reserve(1);
@@ -80,10 +87,11 @@ bool ioPacketFileBinaryBuffer::loadBody(ioBufferedStreamInput & stream, int size
         int const got = stream.readData(bytes_.cursor(), piece);
         bytes_.advance(static_cast<std::size_t>(got));
         if (got < piece) {
-            return false;
+            break;
         }
     }
-    return true;
+    body_ = bytes_.begin();
+    return bytes_.size();
 }
 
 int ioPacketFileBinaryBuffer::readFromStream(ioReadContext & context, ioBufferedStreamInput & stream) {
@@ -92,17 +100,17 @@ int ioPacketFileBinaryBuffer::readFromStream(ioReadContext & context, ioBuffered
     int const flag = binary.readStreamInt(stream);
     int const size = binary.readStreamInt(stream);
     setType(nullptr);
-    at_ = limit_ = bytes_.begin();
+    at_ = limit_ = body_ = bytes_.begin();
     if (id < 0 || size < 0) {
         return 0;
     }
     setType(context.lookupType(id));
-    loadBody(stream, size);
-    at_ = bytes_.begin();
-    setReadLimit(bytes_.size());
+    int const loaded = loadBody(stream, size);
+    at_ = body_;
+    setReadLimit(loaded);
     nesting_.clear();
     nesting_.append(Nesting{});
-    nesting_.back().containerEnd = bytes_.size();
+    nesting_.back().containerEnd = loaded;
     return flag;
 }
 
@@ -149,7 +157,7 @@ bool ioPacketFileBinaryBuffer::readChunkValid() { return !nesting_.empty() && ne
 void ioPacketFileBinaryBuffer::readChunkEnd(ioReadContext &) {
     Nesting & nesting = nesting_.back();
     if (nesting.chunkHasData) {
-        at_ = bytes_.begin() + nesting.chunkEnd;
+        at_ = body_ + nesting.chunkEnd;
     }
     nesting.inChunk = false;
     nesting.chunkHasData = false;
@@ -173,6 +181,6 @@ void ioPacketFileBinaryBuffer::readSubPacketStart(ioReadContext & context) {
 
 void ioPacketFileBinaryBuffer::readSubPacketEnd(ioReadContext &) {
     setReadLimit(nesting_.back().outerLimit);
-    at_ = bytes_.begin() + nesting_.back().containerEnd;
+    at_ = body_ + nesting_.back().containerEnd;
     nesting_.eraseBack();
 }

@@ -28,6 +28,12 @@ public:
     void readSubPacketStart(ioReadContext & context) override;
     void readSubPacketEnd(ioReadContext & context) override;
 
+    // Bytes of the caller's own that endWrite sends behind those of the packet, as its last field.
+    void setTrailer(void const * bytes, std::size_t count) {
+        trailer_ = static_cast<char const *>(bytes);
+        trailerSize_ = static_cast<int>(count);
+    }
+
     bool put(void const * bytes, std::size_t count) { return bytes_.put(bytes, count); }
 
     // Reading: what is left of the innermost chunk or container.
@@ -51,14 +57,18 @@ private:
         int outerLimit = 0; // up to where fields could be read outside
     };
 
-    int readPosition() const { return static_cast<int>(at_ - bytes_.begin()); }
-    int readLimit() const { return static_cast<int>(limit_ - bytes_.begin()); }
-    void setReadLimit(int position) { limit_ = bytes_.begin() + position; }
+    int readPosition() const { return static_cast<int>(at_ - body_); }
+    int readLimit() const { return static_cast<int>(limit_ - body_); }
+    void setReadLimit(int position) { limit_ = body_ + position; }
     int readFrameSize(ioReadContext & context, int containerEnd);
-    bool loadBody(ioBufferedStreamInput & stream, int size);
+    int loadBody(ioBufferedStreamInput & stream, int size);
     void patchSize(ioWriteContext & context, int sizePosition);
 
     ioPacketBytes bytes_;
+    char const * trailer_ = nullptr;
+    int trailerSize_ = 0;
+    // Reading: the body, which lies in the array or still in the stream's own storage.
+    char const * body_ = nullptr;
     char const * at_ = nullptr;
     char const * limit_ = nullptr;
     bool readingFrame_ = false;

@@ -26,6 +26,17 @@ ioReferenceMapImpl::ioReferenceMapImpl() : waitingNodes_(sizeof(ioWaitingLocatio
 
 ioReferenceMapImpl::~ioReferenceMapImpl() = default;
 
+ioPointerTable & ioReferenceMapImpl::pointers() {
+    if (noting_) [[unlikely]] {
+        for (Entry const & entry : noted_) {
+            pointers_.set(entry.pointer, entry.reference);
+        }
+        noting_ = false;
+        noted_ = qv::vector<Entry>();
+    }
+    return pointers_;
+}
+
 int ioReferenceMapImpl::newReference(void const * pointer) {
     // A map that is shared with a reader may hold numbers ahead of those given out here.
     do {
@@ -43,7 +54,11 @@ void ioReferenceMapImpl::setDefinition(int reference, void const * pointer, bool
         return;
     }
     ioReferenceRecord & record = table_.touch(reference);
-    pointers_.set(pointer, reference);
+    if (noting_) {
+        noted_.append(Entry{pointer, reference});
+    } else {
+        pointers_.set(pointer, reference);
+    }
     record.pointer = const_cast<void *>(pointer);
     record.alias = alias;
 }
@@ -52,7 +67,7 @@ int ioReferenceMapImpl::getReference(void const * pointer) {
     if (!pointer) {
         return 0;
     }
-    int const reference = pointers_.find(pointer);
+    int const reference = pointers().find(pointer);
     if (reference == 0 || (numUndefined_ > 0 && !table_.find(reference)->valid)) {
         return -1;
     }
@@ -101,7 +116,7 @@ void ioReferenceMapImpl::undefine(int reference) {
 
 void ioReferenceMapImpl::undefine(void const * pointer) {
     if (pointer) {
-        undefine(pointers_.find(pointer));
+        undefine(pointers().find(pointer));
     }
 }
 

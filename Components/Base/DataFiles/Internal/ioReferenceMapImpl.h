@@ -31,8 +31,18 @@ protected:
     ~ioReferenceMapImpl() override;
 
 private:
-    void reportWaiting(int reference, ioClientReadContext & client);
+    struct Entry {
+        void const * pointer;
+        int reference;
+    };
 
+    void reportWaiting(int reference, ioClientReadContext & client);
+    ioPointerTable & pointers();
+
+    // A reader hardly ever asks for the number of a pointer, so what it defines is only noted down. The first such
+    // question, which a writer asks at once, enters it all into the table.
+    qv::vector<Entry> noted_;
+    bool noting_ = true;
     ioPointerTable pointers_;
     ioReferenceTable table_;
     qv::BlockAllocator waitingNodes_;

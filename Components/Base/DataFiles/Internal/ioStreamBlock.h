@@ -13,6 +13,9 @@ struct ioStreamBlock {
     // up. Empty when the stream has no more; the stream's status tells why.
     static ioStreamBlock of(ioBufferedStreamInput & stream);
     static void consume(ioBufferedStreamInput & stream, int count);
+    // Takes so many bytes without copying them, or nothing when they do not lie in one piece. They stay until the next
+    // operation on the stream.
+    static char const * takeInPlace(ioBufferedStreamInput & stream, int count);
     // Takes the next byte if there is one and it is c. The end of the data is left for the next read to meet.
     static void skipIfNext(ioBufferedStreamInput & stream, char c);
 };

@@ -16,6 +16,11 @@ void ioWriteContextBinary::setBuffer(ioPacketFileBuffer * buffer) {
     buffer_ = buffer ? static_cast<ioPacketFileBinaryBuffer *>(buffer) : &outside_;
 }
 
+void ioWriteContextBinary::endPacketWith(void const * bytes, std::size_t count) {
+    buffer_->setTrailer(bytes, count);
+    endPacket();
+}
+
 ioHeader ioWriteContextBinary::getHeader() const { return ioHeader(ioWriteBinary); }
 
 inline void ioWriteContextBinary::put(void const * bytes, std::size_t count) {

@@ -21,6 +21,11 @@ public:
     void writeRawChar(char c) override;
     ioHeader getHeader() const override;
 
+    // Whether the elements of arrays go into the file as they lie in memory.
+    virtual bool writesNativeArrays() const { return true; }
+    // Ends the packet with so many more bytes, which go to the stream without passing the packet's buffer.
+    void endPacketWith(void const * bytes, std::size_t count);
+
 protected:
     ioPacketFileBuffer * newBuffer() override;
     void setBuffer(ioPacketFileBuffer * buffer) override;

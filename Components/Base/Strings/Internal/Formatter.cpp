@@ -1,5 +1,7 @@
 #include "Base/Strings/Internal/Formatter.h"
 
+#include "Base/Strings/Internal/FormatNumber.h"
+#include "Base/Strings/Internal/FormatSpecification.h"
 #include "Base/Strings/Internal/MultibyteText.h"
 #include "Base/Strings/Internal/Utf8.h"
 #include "Base/Strings/qvStringEncoding.h"
@@ -12,178 +14,13 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
-#include <new>
-#include <type_traits>
 
 namespace qvString {
 
 namespace {
 
+using namespace formatting;
 using qvPlatform::MultibyteKind;
-
-enum class Size { Default, Char, Short, Long, LongLong, LongDouble };
-
-// One specification of a format, from its '%' to its letter.
-struct Specification {
-    bool left = false;
-    bool plus = false;
-    bool blank = false;
-    bool alternate = false;
-    bool zero = false;
-    bool grouped = false;
-    bool isPlain = true; // no more than one '-', then digits, '.', digits: what the exchange of %s and %S recognises
-    bool isWhole = true; // false where the text ends or a number is too large
-    int width = 0;
-    int precision = -1;
-    Size size = Size::Default;
-    unsigned letter = 0;
-};
-
-// A list that can be handed on by reference, whatever va_list is.
-struct Arguments {
-    explicit Arguments(std::va_list args) { va_copy(list, args); }
-    ~Arguments() { va_end(list); }
-    Arguments(Arguments const &) = delete;
-    Arguments & operator=(Arguments const &) = delete;
-
-    std::va_list list;
-};
-
-template <class Char>
-unsigned codeOf(Char c) {
-    return static_cast<std::make_unsigned_t<Char>>(c);
-}
-template <>
-unsigned codeOf(wchar_t c) {
-    return c;
-}
-
-bool isDecimal(unsigned c) { return c - '0' < 10; }
-
-// Reads the digits of a number; false when it is too large for an int.
-template <class Char>
-bool readNumber(Char const *& at, int & number) {
-    long value = 0;
-    for (; isDecimal(codeOf(*at)); ++at) {
-        value = value * 10 + static_cast<int>(codeOf(*at) - '0');
-        if (value > INT_MAX - 64)
-            return false;
-    }
-    number = static_cast<int>(value);
-    return true;
-}
-
-template <class Char>
-void readFlags(Char const *& at, Specification & spec) {
-    int count = 0;
-    for (;; ++at, ++count) {
-        switch (codeOf(*at)) {
-        case '-':
-            spec.isPlain = spec.isPlain && count == 0;
-            spec.left = true;
-            break;
-        case '0':
-            spec.zero = true;
-            break;
-        case '+':
-            spec.plus = true;
-            spec.isPlain = false;
-            break;
-        case ' ':
-            spec.blank = true;
-            spec.isPlain = false;
-            break;
-        case '#':
-            spec.alternate = true;
-            spec.isPlain = false;
-            break;
-        case '\'':
-            spec.grouped = true;
-            spec.isPlain = false;
-            break;
-        default:
-            return;
-        }
-    }
-}
-
-template <class Char>
-void readSize(Char const *& at, Specification & spec) {
-    Char const * const start = at;
-    switch (codeOf(*at)) {
-    case 'h':
-        spec.size = codeOf(*++at) == 'h' ? (++at, Size::Char) : Size::Short;
-        break;
-    case 'l':
-        spec.size = codeOf(*++at) == 'l' ? (++at, Size::LongLong) : Size::Long;
-        break;
-    case 'w':
-    case 'z':
-    case 't':
-        spec.size = Size::Long;
-        ++at;
-        break;
-    case 'j':
-    case 'q':
-        spec.size = Size::LongLong;
-        ++at;
-        break;
-    case 'L':
-        spec.size = Size::LongDouble;
-        ++at;
-        break;
-    case 'I':
-        ++at;
-        if (codeOf(at[0]) == '6' && codeOf(at[1]) == '4') {
-            spec.size = Size::LongLong;
-            at += 2;
-        } else if (codeOf(at[0]) == '3' && codeOf(at[1]) == '2')
-            at += 2;
-        else
-            spec.size = Size::Long;
-        break;
-    default:
-        break;
-    }
-    spec.isPlain = spec.isPlain && at == start;
-}
-static_assert(sizeof(long) == sizeof(void *) && sizeof(long) == sizeof(std::size_t));
-
-// Reads a specification behind its '%', its arguments for '*' included, and moves behind its letter.
-template <class Char>
-Specification readSpecification(Char const *& at, Arguments & args) {
-    Specification spec;
-    readFlags(at, spec);
-    if (codeOf(*at) == '*') {
-        ++at;
-        spec.isPlain = false;
-        spec.width = va_arg(args.list, int);
-        if (spec.width < 0) {
-            spec.left = true;
-            spec.isWhole = spec.width != INT_MIN;
-            spec.width = spec.isWhole ? -spec.width : 0;
-        }
-    } else
-        spec.isWhole = readNumber(at, spec.width);
-    if (spec.isWhole && codeOf(*at) == '.') {
-        ++at;
-        if (codeOf(*at) == '*') {
-            ++at;
-            spec.isPlain = false;
-            spec.precision = std::max(va_arg(args.list, int), -1);
-        } else
-            spec.isWhole = readNumber(at, spec.precision);
-    }
-    if (!spec.isWhole)
-        return spec;
-    readSize(at, spec);
-    spec.letter = codeOf(*at);
-    if (spec.letter == 0)
-        spec.isWhole = false;
-    else
-        ++at;
-    return spec;
-}
 
 // ---- where the text goes
 
@@ -205,7 +42,10 @@ public:
     template <class From>
     void copy(From const * text, std::size_t count) {
         std::size_t const stored = std::min(count, room());
-        at_ = std::transform(text, text + stored, at_, [](From c) { return static_cast<Char>(codeOf(c)); });
+        if constexpr (sizeof(From) == sizeof(Char))
+            at_ = std::copy_n(text, stored, at_);
+        else
+            at_ = std::transform(text, text + stored, at_, [](From c) { return static_cast<Char>(codeOf(c)); });
         length_ += count;
     }
     // Puts all of a character or nothing, and nothing more behind one that did not fit.
@@ -246,18 +86,39 @@ private:
 
 // ---- the formatter
 
+// Whether the runtime's formatter does with a narrow format what is told for ours.
+bool isForRuntime(char const * format) {
+    while ((format = std::strchr(format, '%')) != nullptr) {
+        ++format;
+        format += std::strspn(format, "-+ #0'123456789.*$");
+        char const * const sizes = format;
+        format += std::strspn(format, "hljztqL");
+        bool const isLong = std::find(sizes, format, 'l') != format;
+        if (*format == '\0' || std::strchr("diouxXbBeEfFgGaAcs%", *format) == nullptr ||
+            (isLong && (*format == 's' || *format == 'c')))
+            return false;
+        ++format;
+    }
+    return true;
+}
+
 enum class Letters {
     Exchanged, // a plain %s is narrow and a plain %S wide in a wide format
     AsRuntime  // a lower-case letter means text of the format's own width
 };
 
-enum class Outcome { Formatted, Failed, NeedsExchange };
+enum class Outcome {
+    Formatted,
+    Failed,
+    NeedsExchange, // the format is to be rewritten first
+    NeedsRuntime   // it has numbered arguments
+};
 
 template <class Char>
 class Formatter {
 public:
     Formatter(Char * buffer, std::size_t size, Char const * format, std::va_list args, Letters letters)
-        : out_(buffer, size), at_(format), args_(args), letters_(letters) {}
+        : out_(buffer, size), format_(format), at_(format), args_(args), letters_(letters) {}
 
     Outcome run();
     std::size_t length() const { return out_.length(); }
@@ -269,11 +130,9 @@ private:
     bool takesWideText(Specification const & spec) const;
     void character(Specification const & spec);
     void text(Specification const & spec);
-    void integer(Specification const & spec);
-    void digits(Specification const & spec, std::uint64_t magnitude, bool isNegative);
-    bool number(Specification const & spec);
-    void padded(Specification const & spec, char const * sign, std::size_t signLength, std::size_t zeros,
-                char const * body, std::size_t bodyLength);
+    bool integer(Specification const & spec);
+    bool floating(Specification const & spec);
+    void number(Specification const & spec, NumberText const & text);
     template <class From>
     void textOf(Specification const & spec, From const * source);
     template <class From>
@@ -291,6 +150,7 @@ private:
     MultibyteKind kind();
 
     Output<Char> out_;
+    Char const * format_;
     Char const * at_;
     Arguments args_;
     Letters letters_;
@@ -343,10 +203,7 @@ Outcome Formatter<Char>::one() {
     case 'b':
     case 'B':
     case 'p':
-        if (spec.grouped && (spec.letter == 'd' || spec.letter == 'i' || spec.letter == 'u'))
-            return number(spec) ? Outcome::Formatted : Outcome::Failed;
-        integer(spec);
-        return Outcome::Formatted;
+        return integer(spec) ? Outcome::Formatted : Outcome::Failed;
     case 'e':
     case 'E':
     case 'f':
@@ -355,7 +212,7 @@ Outcome Formatter<Char>::one() {
     case 'G':
     case 'a':
     case 'A':
-        return number(spec) ? Outcome::Formatted : Outcome::Failed;
+        return floating(spec) ? Outcome::Formatted : Outcome::Failed;
     case 'c':
     case 'C':
         character(spec);
@@ -367,6 +224,9 @@ Outcome Formatter<Char>::one() {
     case 'n':
         return Outcome::Failed;
     default:
+        if constexpr (!isWide)
+            if (spec.letter == '$' && isForRuntime(format_))
+                return Outcome::NeedsRuntime;
         // Which arguments the rest would take is not known any more.
         at_ = start;
         while (*at_ != Char())
@@ -410,184 +270,74 @@ std::uint64_t Formatter<Char>::unsignedArgument(Size size) {
 }
 
 template <class Char>
-void Formatter<Char>::integer(Specification const & spec) {
+bool Formatter<Char>::integer(Specification const & spec) {
+    std::uint64_t magnitude;
+    bool isNegative = false;
     if (spec.letter == 'd' || spec.letter == 'i') {
         std::int64_t const value = signedArgument(spec.size);
-        std::uint64_t const magnitude = static_cast<std::uint64_t>(value);
-        digits(spec, value < 0 ? 0 - magnitude : magnitude, value < 0);
+        isNegative = value < 0;
+        magnitude = isNegative ? 0 - static_cast<std::uint64_t>(value) : static_cast<std::uint64_t>(value);
     } else if (spec.letter == 'p')
-        digits(spec, reinterpret_cast<std::uintptr_t>(va_arg(args_.list, void *)), false);
+        magnitude = reinterpret_cast<std::uintptr_t>(va_arg(args_.list, void *));
     else
-        digits(spec, unsignedArgument(spec.size), false);
-}
-
-constexpr char pairsOfDigits[] = "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
-                                 "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
-                                 "8081828384858687888990919293949596979899";
-
-// Writes the digits of a number before `end`, none for 0, and gives where they start.
-char * writeDecimal(std::uint64_t value, char * end) {
-    while (value >= 100) {
-        end -= 2;
-        std::memcpy(end, pairsOfDigits + value % 100 * 2, 2);
-        value /= 100;
-    }
-    if (value >= 10) {
-        end -= 2;
-        std::memcpy(end, pairsOfDigits + value * 2, 2);
-    } else if (value != 0)
-        *--end = static_cast<char>('0' + value);
-    return end;
-}
-
-char * writeBits(std::uint64_t value, unsigned bitsPerDigit, char const * alphabet, char * end) {
-    for (; value != 0; value >>= bitsPerDigit)
-        *--end = alphabet[value & ((1U << bitsPerDigit) - 1)];
-    return end;
+        magnitude = unsignedArgument(spec.size);
+    NumberText text;
+    if (!spec.grouped || (spec.letter != 'd' && spec.letter != 'i' && spec.letter != 'u'))
+        text.setInteger(spec, magnitude, isNegative);
+    else if (!text.setGrouped(spec, magnitude, isNegative))
+        return false;
+    number(spec, text);
+    return true;
 }
 
 template <class Char>
-void Formatter<Char>::digits(Specification const & spec, std::uint64_t magnitude, bool isNegative) {
-    char buffer[64];
-    char * const end = buffer + sizeof buffer;
-    char * start = end;
-    char sign[2];
-    std::size_t signLength = 0;
-    char const * const alphabet = spec.letter == 'X' ? "0123456789ABCDEF" : "0123456789abcdef";
-    switch (spec.letter) {
-    case 'd':
-    case 'i':
-        if (isNegative || spec.plus || spec.blank)
-            sign[signLength++] = isNegative ? '-' : spec.plus ? '+' : ' ';
-        [[fallthrough]];
-    case 'u':
-        start = writeDecimal(magnitude, end);
-        break;
-    case 'o':
-        start = writeBits(magnitude, 3, alphabet, end);
-        break;
-    default:
-        start = writeBits(magnitude, (spec.letter | 0x20U) == 'b' ? 1 : 4, alphabet, end);
-        if (spec.alternate && magnitude != 0 && spec.letter != 'p') {
-            sign[signLength++] = '0';
-            sign[signLength++] = static_cast<char>(spec.letter);
-        }
-        break;
-    }
-    std::size_t const length = static_cast<std::size_t>(end - start);
-    std::size_t const least = spec.precision < 0 ? 1 : static_cast<std::size_t>(spec.precision);
-    std::size_t zeros = length < least ? least - length : 0;
-    if (spec.letter == 'o' && spec.alternate && zeros == 0)
-        zeros = 1;
-    std::size_t const width = static_cast<std::size_t>(spec.width);
-    if (spec.zero && !spec.left && spec.precision < 0 && width > signLength + zeros + length)
-        zeros = width - signLength - length;
-    padded(spec, sign, signLength, zeros, start, length);
+bool Formatter<Char>::floating(Specification const & spec) {
+    NumberText text;
+    bool const isWritten = spec.size == Size::LongDouble ? text.setFloating(spec, va_arg(args_.list, long double))
+                                                         : text.setFloating(spec, va_arg(args_.list, double));
+    if (isWritten)
+        number(spec, text);
+    return isWritten;
 }
 
-// Puts a number: its sign or prefix, zeros, digits, with blanks up to the width on one side.
+// Puts a number with blanks up to the width on one side.
 template <class Char>
-void Formatter<Char>::padded(Specification const & spec, char const * sign, std::size_t signLength, std::size_t zeros,
-                             char const * body, std::size_t bodyLength) {
-    std::size_t const whole = signLength + zeros + bodyLength;
+void Formatter<Char>::number(Specification const & spec, NumberText const & text) {
+    auto const putBody = [&](auto & sink) {
+        if constexpr (isWide)
+            if (!text.isAscii())
+                return widen(sink, text.body(), text.bodyLength(), SIZE_MAX);
+        sink.copy(text.body(), text.bodyLength());
+    };
+    Counter<Char> body;
+    putBody(body);
+    // Zeros were counted for the bytes of the digits.
+    std::size_t const zeros = text.zeros() + (text.zeros() == 0 ? 0 : text.bodyLength() - body.length());
+    std::size_t const whole = text.signLength() + zeros + body.length();
     std::size_t const width = static_cast<std::size_t>(spec.width);
     std::size_t const blanks = width > whole ? width - whole : 0;
     if (!spec.left)
         out_.fill(static_cast<Char>(' '), blanks);
-    out_.copy(sign, signLength);
+    out_.copy(text.sign(), text.signLength());
     out_.fill(static_cast<Char>('0'), zeros);
-    out_.copy(body, bodyLength);
+    putBody(out_);
     if (spec.left)
         out_.fill(static_cast<Char>(' '), blanks);
 }
 
-// A number as the runtime writes it in the current locale, without its width.
-struct RuntimeNumber {
-    char fixed[128];
-    std::unique_ptr<char[]> large;
-    char const * text = fixed;
-    std::size_t length = 0;
-
-    template <class Value>
-    bool write(char const * format, int precision, Value value) {
-        int const size = std::snprintf(fixed, sizeof fixed, format, precision, value);
-        if (size < 0)
-            return false;
-        length = static_cast<std::size_t>(size);
-        if (length < sizeof fixed)
-            return true;
-        large.reset(new (std::nothrow) char[length + 1]);
-        text = large.get();
-        return text != nullptr && std::snprintf(large.get(), length + 1, format, precision, value) == size;
-    }
-};
-
-// The specification for the runtime: flags that it understands, a precision to be passed, the largest size.
-void writeRuntimeFormat(Specification const & spec, bool isFloat, char * format) {
-    *format++ = '%';
-    if (spec.plus)
-        *format++ = '+';
-    if (spec.blank)
-        *format++ = ' ';
-    if (spec.alternate)
-        *format++ = '#';
-    if (spec.grouped)
-        *format++ = '\'';
-    *format++ = '.';
-    *format++ = '*';
-    if (isFloat && spec.size == Size::LongDouble)
-        *format++ = 'L';
-    else if (!isFloat)
-        *format++ = 'j';
-    *format++ = static_cast<char>(spec.letter);
-    *format = '\0';
-}
-
-// What needs the runtime: floating-point numbers, and digits grouped by the locale.
-template <class Char>
-bool Formatter<Char>::number(Specification const & spec) {
-    bool const isFloat = std::strchr("eEfFgGaA", static_cast<int>(spec.letter)) != nullptr;
-    char format[16];
-    writeRuntimeFormat(spec, isFloat, format);
-    RuntimeNumber number;
-    bool isWritten;
-    if (!isFloat && (spec.letter == 'd' || spec.letter == 'i'))
-        isWritten = number.write(format, spec.precision, static_cast<std::intmax_t>(signedArgument(spec.size)));
-    else if (!isFloat)
-        isWritten = number.write(format, spec.precision, static_cast<std::uintmax_t>(unsignedArgument(spec.size)));
-    else if (spec.size == Size::LongDouble)
-        isWritten = number.write(format, spec.precision, va_arg(args_.list, long double));
-    else
-        isWritten = number.write(format, spec.precision, va_arg(args_.list, double));
-    if (!isWritten)
-        return false;
-
-    // Zeros up to the width come behind the sign and the prefix, and only before digits.
-    std::size_t signLength = number.text[0] == '+' || number.text[0] == '-' || number.text[0] == ' ';
-    bool const isFinite = isDecimal(codeOf(number.text[signLength]));
-    if (isFinite && (spec.letter | 0x20U) == 'a')
-        signLength += 2;
-    std::size_t zeros = 0;
-    std::size_t const width = static_cast<std::size_t>(spec.width);
-    if (spec.zero && !spec.left && isFinite && (isFloat || spec.precision < 0) && width > number.length)
-        zeros = width - number.length;
-    char const * const body = number.text + signLength;
-    std::size_t const bodyLength = number.length - signLength;
-    if (std::all_of(body, body + bodyLength, [](char c) { return codeOf(c) < 128; }))
-        padded(spec, number.text, signLength, zeros, body, bodyLength);
-    else
-        converted(spec, number.text, number.length);
-    return true;
-}
-
 // ---- characters and texts
 
-template <class Char>
-std::size_t lengthUpTo(Char const * text, std::size_t most) {
+std::size_t lengthUpTo(wchar_t const * text, std::size_t most) {
     std::size_t length = 0;
-    while (length < most && text[length] != Char())
+    while (length < most && text[length] != 0)
         ++length;
     return length;
+}
+std::size_t lengthUpTo(char const * text, std::size_t most) {
+    if (most == SIZE_MAX)
+        return std::strlen(text);
+    void const * const zero = std::memchr(text, 0, most);
+    return zero == nullptr ? most : static_cast<std::size_t>(static_cast<char const *>(zero) - text);
 }
 
 template <class Char>
@@ -726,22 +476,6 @@ void Formatter<Char>::narrow(Sink & sink, wchar_t const * source, std::size_t le
     }
 }
 
-// Whether the runtime's formatter does with a narrow format what is told for ours.
-bool isForRuntime(char const * format) {
-    while ((format = std::strchr(format, '%')) != nullptr) {
-        ++format;
-        format += std::strspn(format, "-+ #0'123456789.*$");
-        char const * const sizes = format;
-        format += std::strspn(format, "hljztqL");
-        bool const isLong = std::find(sizes, format, 'l') != format;
-        if (*format == '\0' || std::strchr("diouxXbBeEfFgGaAcs%", *format) == nullptr ||
-            (isLong && (*format == 's' || *format == 'c')))
-            return false;
-        ++format;
-    }
-    return true;
-}
-
 template <class Char>
 std::ptrdiff_t result(Formatter<Char> const & formatter, Outcome outcome) {
     return outcome == Outcome::Formatted ? static_cast<std::ptrdiff_t>(formatter.length()) : formatFailed;
@@ -750,12 +484,12 @@ std::ptrdiff_t result(Formatter<Char> const & formatter, Outcome outcome) {
 } // namespace
 
 std::ptrdiff_t formatText(char * buffer, std::size_t size, char const * format, std::va_list args) {
-    if (isForRuntime(format)) {
-        int const length = std::vsnprintf(buffer, size, format, args);
-        return length < 0 ? formatFailed : length;
-    }
     Formatter<char> formatter(buffer, size, format, args, Letters::AsRuntime);
-    return result(formatter, formatter.run());
+    Outcome const outcome = formatter.run();
+    if (outcome != Outcome::NeedsRuntime)
+        return result(formatter, outcome);
+    int const length = std::vsnprintf(buffer, size, format, args);
+    return length < 0 ? formatFailed : length;
 }
 
 std::ptrdiff_t formatText(wchar_t * buffer, std::size_t size, wchar_t const * format, std::va_list args) {

@@ -1,0 +1,164 @@
+#include "Base/Strings/Internal/FormatNumber.h"
+
+#include "Base/Platform/PlatformText.h"
+
+#include <cfenv>
+#include <charconv>
+#include <cstdio>
+#include <cstring>
+#include <new>
+
+namespace qvString::formatting {
+
+namespace {
+
+constexpr char pairsOfDigits[] = "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
+                                 "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
+                                 "8081828384858687888990919293949596979899";
+
+// Writes the digits of a number before `end`, none for 0, and gives where they start.
+char * writeDecimal(std::uint64_t value, char * end) {
+    while (value >= 100) {
+        end -= 2;
+        std::memcpy(end, pairsOfDigits + value % 100 * 2, 2);
+        value /= 100;
+    }
+    if (value >= 10) {
+        end -= 2;
+        std::memcpy(end, pairsOfDigits + value * 2, 2);
+    } else if (value != 0)
+        *--end = static_cast<char>('0' + value);
+    return end;
+}
+
+char * writeBits(std::uint64_t value, unsigned bitsPerDigit, char const * alphabet, char * end) {
+    for (; value != 0; value >>= bitsPerDigit)
+        *--end = alphabet[value & ((1U << bitsPerDigit) - 1)];
+    return end;
+}
+
+bool isLetter(Specification const & spec, char lowerCase) {
+    return (spec.letter | 0x20U) == static_cast<unsigned char>(lowerCase);
+}
+
+} // namespace
+
+void NumberText::setInteger(Specification const & spec, std::uint64_t magnitude, bool isNegative) {
+    char * const end = buffer_ + sizeof buffer_;
+    char * start = end;
+    char const * const alphabet = spec.letter == 'X' ? "0123456789ABCDEF" : "0123456789abcdef";
+    sign_ = buffer_;
+    signLength_ = 0;
+    switch (spec.letter) {
+    case 'd':
+    case 'i':
+        if (isNegative || spec.plus || spec.blank)
+            buffer_[signLength_++] = isNegative ? '-' : spec.plus ? '+' : ' ';
+        [[fallthrough]];
+    case 'u':
+        start = writeDecimal(magnitude, end);
+        break;
+    case 'o':
+        start = writeBits(magnitude, 3, alphabet, end);
+        break;
+    default:
+        start = writeBits(magnitude, isLetter(spec, 'b') ? 1 : 4, alphabet, end);
+        if (spec.alternate && magnitude != 0 && spec.letter != 'p') {
+            buffer_[signLength_++] = '0';
+            buffer_[signLength_++] = static_cast<char>(spec.letter);
+        }
+        break;
+    }
+    body_ = start;
+    bodyLength_ = static_cast<std::size_t>(end - start);
+    std::size_t const least = spec.precision < 0 ? 1 : static_cast<std::size_t>(spec.precision);
+    zeros_ = bodyLength_ < least ? least - bodyLength_ : 0;
+    if (spec.letter == 'o' && spec.alternate && zeros_ == 0)
+        zeros_ = 1;
+    std::size_t const width = static_cast<std::size_t>(spec.width);
+    if (spec.zero && !spec.left && spec.precision < 0 && width > signLength_ + zeros_ + bodyLength_)
+        zeros_ = width - signLength_ - bodyLength_;
+}
+
+// Lets the runtime write a number without its width, with the flags that are left to it.
+template <class Value>
+bool NumberText::writeByRuntime(Specification const & spec, char const * sizeAndLetter, Value value) {
+    char format[16] = "%";
+    std::strcat(format, spec.plus ? "+" : "");
+    std::strcat(format, spec.blank ? " " : "");
+    std::strcat(format, spec.alternate ? "#" : "");
+    std::strcat(format, spec.grouped ? "'" : "");
+    std::strcat(format, ".*");
+    std::strcat(format, sizeAndLetter);
+
+    char * text = buffer_;
+    int const size = std::snprintf(buffer_, sizeof buffer_, format, spec.precision, value);
+    if (size < 0)
+        return false;
+    std::size_t const length = static_cast<std::size_t>(size);
+    if (length >= sizeof buffer_) {
+        large_.reset(new (std::nothrow) char[length + 1]);
+        text = large_.get();
+        if (text == nullptr || std::snprintf(text, length + 1, format, spec.precision, value) != size)
+            return false;
+    }
+    splitFloating(spec, text, length);
+    return true;
+}
+
+// Zeros up to the width come behind the sign and the prefix, and only before digits.
+void NumberText::splitFloating(Specification const & spec, char const * text, std::size_t length) {
+    bool const hasSign = text[0] == '+' || text[0] == '-' || text[0] == ' ';
+    bool const isFinite = isDecimal(codeOf(text[hasSign]));
+    sign_ = text;
+    signLength_ = hasSign + (isFinite && isLetter(spec, 'a') ? 2U : 0U);
+    body_ = text + signLength_;
+    bodyLength_ = length - signLength_;
+    std::size_t const width = static_cast<std::size_t>(spec.width);
+    zeros_ = spec.zero && !spec.left && isFinite && width > length ? width - length : 0;
+}
+
+// What the runtime writes in a locale whose decimal point is a dot, several times as fast.
+bool NumberText::writePlainly(Specification const & spec, double value) {
+    if (spec.alternate || spec.grouped || isLetter(spec, 'a') || !qvPlatform::decimalPointIsDot() ||
+        std::fegetround() != FE_TONEAREST)
+        return false;
+    std::chars_format const form = isLetter(spec, 'f')   ? std::chars_format::fixed
+                                   : isLetter(spec, 'e') ? std::chars_format::scientific
+                                                         : std::chars_format::general;
+    buffer_[0] = spec.plus ? '+' : ' ';
+    char * const start = buffer_ + 1;
+    auto const [end, error] =
+        std::to_chars(start, buffer_ + sizeof buffer_, value, form, spec.precision < 0 ? 6 : spec.precision);
+    if (error != std::errc())
+        return false;
+    if (spec.letter < 'a')
+        std::transform(start, end, start, [](char c) { return c >= 'a' ? static_cast<char>(c - 0x20) : c; });
+    char const * const text = *start != '-' && (spec.plus || spec.blank) ? buffer_ : start;
+    splitFloating(spec, text, static_cast<std::size_t>(end - text));
+    return true;
+}
+
+bool NumberText::setFloating(Specification const & spec, double value) {
+    char const letter[] = {static_cast<char>(spec.letter), '\0'};
+    return writePlainly(spec, value) || writeByRuntime(spec, letter, value);
+}
+
+bool NumberText::setFloating(Specification const & spec, long double value) {
+    char const letter[] = {'L', static_cast<char>(spec.letter), '\0'};
+    return writeByRuntime(spec, letter, value);
+}
+
+bool NumberText::setGrouped(Specification const & spec, std::uint64_t magnitude, bool isNegative) {
+    Specification widthless = spec;
+    widthless.zero = spec.zero && spec.precision < 0;
+    if (spec.letter == 'u')
+        return writeByRuntime(widthless, "ju", static_cast<std::uintmax_t>(magnitude));
+    return writeByRuntime(widthless, "jd", static_cast<std::intmax_t>(isNegative ? 0 - magnitude : magnitude));
+}
+
+bool NumberText::isAscii() const {
+    return std::all_of(body_, body_ + bodyLength_, [](char c) { return codeOf(c) < 128; });
+}
+
+} // namespace qvString::formatting

@@ -1,0 +1,52 @@
+// Numbers as printf writes them, but for the blanks around them.
+
+#ifndef FormatNumber_h
+#define FormatNumber_h
+
+#include "Base/Strings/Internal/FormatSpecification.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+
+namespace qvString::formatting {
+
+/// The text of one number, in the parts between which padding goes: a sign or a prefix, zeros, digits. What does not
+/// depend on the locale is written here, everything else by the runtime.
+class NumberText {
+public:
+    /// An integer of any of the letters d, i, u, o, x, X, b, B and p.
+    void setInteger(Specification const & spec, std::uint64_t magnitude, bool isNegative);
+
+    /// The others give false when there is no memory for the text.
+    bool setFloating(Specification const & spec, double value);
+    bool setFloating(Specification const & spec, long double value);
+    /// An integer with its digits grouped by the locale.
+    bool setGrouped(Specification const & spec, std::uint64_t magnitude, bool isNegative);
+
+    char const * sign() const { return sign_; }
+    std::size_t signLength() const { return signLength_; }
+    std::size_t zeros() const { return zeros_; }
+    char const * body() const { return body_; }
+    std::size_t bodyLength() const { return bodyLength_; }
+    /// Whether the digits hold nothing but ASCII characters: a locale's decimal point may be another.
+    bool isAscii() const;
+
+private:
+    template <class Value>
+    bool writeByRuntime(Specification const & spec, char const * sizeAndLetter, Value value);
+    bool writePlainly(Specification const & spec, double value);
+    void splitFloating(Specification const & spec, char const * text, std::size_t length);
+
+    char buffer_[128];
+    std::unique_ptr<char[]> large_;
+    char const * sign_ = buffer_;
+    std::size_t signLength_ = 0;
+    std::size_t zeros_ = 0;
+    char const * body_ = buffer_;
+    std::size_t bodyLength_ = 0;
+};
+
+} // namespace qvString::formatting
+
+#endif

@@ -1,0 +1,378 @@
+// Every container that finds elements by their keys, with several types of keys, beside the standard library's ordered
+// one.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
+#include <map>
+#include <memory>
+#include <string>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "Base/Containers/qvMap.h"
+#include "Base/Containers/qvSet.h"
+#include "Support/CountedElement.h"
+#include "Support/SeededRandom.h"
+
+using qvTest::ElementBalance;
+using qvTest::ElementCounts;
+using qvTest::RootedElement;
+using qvTest::SeededRandom;
+
+namespace {
+
+struct alignas(64) WideKey {
+    int value = 0;
+    auto operator<=>(WideKey const &) const = default;
+};
+
+// Keys made from numbers, in the same order.
+template <typename K>
+K keyOf(int number) {
+    if constexpr (std::is_same_v<K, std::string>)
+        return std::string(std::size_t(number / 26), 'z') + char('a' + number % 26);
+    else if constexpr (std::is_pointer_v<K>)
+        return reinterpret_cast<K>(std::uintptr_t(16 * (number + 1)));
+    else if constexpr (std::is_same_v<K, WideKey>)
+        return WideKey{number};
+    else
+        return K(number);
+}
+template <typename K>
+int numberOf(K const & key) {
+    if constexpr (std::is_same_v<K, std::string>)
+        return 26 * int(key.size() - 1) + (key.back() - 'a');
+    else if constexpr (std::is_pointer_v<K>)
+        return int(reinterpret_cast<std::uintptr_t>(key) / 16) - 1;
+    else if constexpr (std::is_same_v<K, RootedElement>)
+        return key.value();
+    else if constexpr (std::is_same_v<K, WideKey>)
+        return key.value;
+    else
+        return int(key);
+}
+
+template <typename C>
+constexpr bool isSet = std::is_same_v<typename C::key_type, typename C::value_type>;
+template <typename C>
+constexpr bool isUnique = !std::is_same_v<typename C::insert_result, typename C::iterator>;
+template <typename C>
+constexpr bool isOrdered = requires {
+    typename C::key_compare;
+};
+
+template <typename C>
+typename C::value_type elementOf(int key, int value) {
+    if constexpr (isSet<C>)
+        return keyOf<typename C::key_type>(key);
+    else
+        return {keyOf<typename C::key_type>(key), typename C::mapped_type(value)};
+}
+
+using Contents = std::vector<std::pair<int, int>>;
+
+// A set's elements count as keys with the value 0.
+template <typename C, typename I>
+Contents contentsOf(I first, I last) {
+    Contents contents;
+    for (; first != last; ++first) {
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(&*first) % alignof(typename C::value_type), 0U);
+        if constexpr (isSet<C>)
+            contents.emplace_back(numberOf(*first), 0);
+        else
+            contents.emplace_back(numberOf(first->first), numberOf(first->second));
+    }
+    return contents;
+}
+template <typename C>
+Contents contentsOf(C const & container) {
+    Contents contents = contentsOf<C>(container.begin(), container.end());
+    if (!isOrdered<C>)
+        std::sort(contents.begin(), contents.end());
+    return contents;
+}
+
+// One of our containers and a standard multimap, which is told what ours should have done.
+template <typename C>
+class Model {
+    using K = typename C::key_type;
+
+public:
+    explicit Model(SeededRandom & random, int keys) : random_(random), keys_(keys) {}
+
+    void step() {
+        int const key = random_.below(keys_);
+        int const value = isSet<C> ? 0 : ++lastValue_; // tells elements with equal keys apart
+        switch (random_.below(16)) {
+        case 0:
+        case 1:
+            insertInModel(key, value, positionOf(ours_.insert(elementOf<C>(key, value))));
+            break;
+        case 2: {
+            auto const element = elementOf<C>(key, value);
+            insertInModel(key, value, positionOf(ours_.insert(element)));
+            break;
+        }
+        case 3:
+            if constexpr (isSet<C> && std::is_same_v<K, RootedElement>)
+                insertInModel(key, value, positionOf(ours_.emplace(key))); // built before it can be looked up
+            else if constexpr (isSet<C>)
+                insertInModel(key, value, positionOf(ours_.emplace(keyOf<K>(key))));
+            else
+                insertInModel(key, value, positionOf(ours_.emplace(keyOf<K>(key), value)));
+            break;
+        case 4: {
+            // Any position will do as a hint.
+            auto hint = ours_.begin();
+            std::advance(hint, random_.below(ours_.size() + 1));
+            if (random_.oneIn(2))
+                hint = ours_.find(keyOf<K>(key));
+            insertInModel(key, value, ours_.insert(hint, elementOf<C>(key, value)));
+            break;
+        }
+        case 5:
+            if (auto const it = ours_.find(keyOf<K>(key)); it != ours_.end()) {
+                // An element of the container itself.
+                int const itsValue = contentsOf<C>(it, std::next(it))[0].second;
+                if (isSet<C> || isUnique<C>)
+                    insertInModel(key, itsValue, positionOf(ours_.insert(*it)));
+            }
+            break;
+        case 6:
+        case 7:
+            EXPECT_EQ(ours_.erase(keyOf<K>(key)), int(model_.erase(key)));
+            break;
+        case 8:
+            if (auto const it = ours_.find(keyOf<K>(key)); it != ours_.end()) {
+                // The key lies in the element that goes.
+                if constexpr (isSet<C>)
+                    EXPECT_EQ(ours_.erase(*it), int(model_.erase(key)));
+                else
+                    EXPECT_EQ(ours_.erase(it->first), int(model_.erase(key)));
+            }
+            break;
+        case 9:
+            if (auto const it = ours_.find(keyOf<K>(key)); it != ours_.end()) {
+                auto const [itsKey, itsValue] = contentsOf<C>(it, std::next(it))[0];
+                eraseInModel(itsKey, itsValue);
+                auto const behind = std::next(it);
+                EXPECT_TRUE(ours_.erase(it) == behind);
+            }
+            break;
+        case 10:
+            eraseSomeRange();
+            break;
+        case 11: {
+            C const copy(ours_);
+            EXPECT_TRUE(copy.validate() && copy == ours_);
+            C other;
+            other.insert(elementOf<C>(key, value));
+            other = copy;
+            EXPECT_EQ(contentsOf(other), contentsOf(copy));
+            ours_ = other;
+            break;
+        }
+        case 12: {
+            C moved(std::move(ours_));
+            EXPECT_TRUE(ours_.empty() && ours_.validate());
+            ours_.insert(elementOf<C>(key, value));
+            swap(ours_, moved);
+            EXPECT_EQ(moved.size(), 1);
+            moved = std::move(ours_);
+            ours_ = std::move(moved);
+            break;
+        }
+        case 13:
+            if (random_.oneIn(20)) {
+                ours_.clear();
+                model_.clear();
+            } else if (random_.oneIn(10)) {
+                EXPECT_EQ(erase_if(ours_, [](auto const & e) { return oddKey(e); }),
+                          int(std::erase_if(model_, [](auto const & e) { return e.first % 2; })));
+            }
+            break;
+        default:
+            if constexpr (!isSet<C> && isUnique<C>)
+                assignOrTry(key, value);
+            break;
+        }
+        search(random_.below(keys_));
+    }
+
+    void check() const {
+        ASSERT_TRUE(ours_.validate());
+        Contents expected(model_.begin(), model_.end());
+        if (!isOrdered<C>)
+            std::sort(expected.begin(), expected.end());
+        ASSERT_EQ(contentsOf(ours_), expected);
+        ASSERT_EQ(ours_.size(), int(expected.size()));
+    }
+    int elementsOfKind() const { return int(model_.size()) * (isSet<C> ? 1 : 2); }
+
+private:
+    static auto positionOf(typename C::insert_result const & result) {
+        if constexpr (isUnique<C>)
+            return result.first;
+        else
+            return result;
+    }
+    static bool oddKey(auto const & element) {
+        if constexpr (isSet<C>)
+            return numberOf(element) % 2;
+        else
+            return numberOf(element.first) % 2;
+    }
+
+    void insertInModel(int key, int value, typename C::const_iterator position) {
+        auto const old = model_.find(key);
+        bool const isNew = !isUnique<C> || old == model_.end();
+        if (isNew)
+            model_.emplace(key, value);
+        Contents const expected = {{key, isNew ? value : old->second}};
+        EXPECT_EQ(contentsOf<C>(position, std::next(position)), expected);
+    }
+    void eraseInModel(int key, int value) {
+        auto it = model_.find(key);
+        while (it->second != value)
+            ++it;
+        model_.erase(it);
+    }
+    void eraseSomeRange() {
+        if (!random_.oneIn(4))
+            return;
+        auto first = ours_.begin();
+        std::advance(first, random_.below(ours_.size() + 1));
+        auto last = first;
+        for (int n = random_.oneIn(4) ? ours_.size() : random_.below(8); n > 0 && last != ours_.end(); --n)
+            ++last;
+        for (auto [key, value] : contentsOf<C>(first, last))
+            eraseInModel(key, value);
+        EXPECT_TRUE(ours_.erase(first, last) == last);
+    }
+    void assignOrTry(int key, int value) {
+        if constexpr (!isSet<C> && isUnique<C>) {
+            bool const known = model_.count(key) > 0;
+            if (random_.oneIn(3)) {
+                EXPECT_EQ(ours_.insert_or_assign(keyOf<K>(key), value).second, !known);
+                model_.erase(key);
+                model_.emplace(key, value);
+            } else if (random_.oneIn(2)) {
+                insertInModel(key, value, ours_.try_emplace(keyOf<K>(key), value).first);
+            } else {
+                EXPECT_EQ(numberOf(ours_[keyOf<K>(key)]), known ? model_.find(key)->second : 0);
+                if (!known)
+                    model_.emplace(key, 0);
+                EXPECT_EQ(&ours_.at(keyOf<K>(key)), &ours_[keyOf<K>(key)]);
+            }
+        }
+    }
+    void search(int key) {
+        K const k = keyOf<K>(key);
+        int const n = int(model_.count(key));
+        C const & ours = ours_;
+        EXPECT_EQ(ours.count(k), n);
+        EXPECT_EQ(ours.contains(k), n > 0);
+        EXPECT_EQ(ours.find(k) == ours.end(), n == 0);
+        auto const range = ours.equal_range(k);
+        EXPECT_EQ(contentsOf<C>(range.first, range.second).size(), std::size_t(n));
+        if constexpr (isOrdered<C>) {
+            auto const lower = ours.lower_bound(k);
+            EXPECT_EQ(std::distance(ours.begin(), lower), std::distance(model_.begin(), model_.lower_bound(key)));
+            EXPECT_TRUE(range.first == lower && range.second == ours.upper_bound(k));
+            EXPECT_EQ(std::distance(lower, ours.upper_bound(k)), n);
+        }
+    }
+
+    SeededRandom & random_;
+    int keys_;
+    int lastValue_ = 0;
+    C ours_;
+    std::multimap<int, int> model_;
+};
+
+template <typename C>
+class Associative : public ::testing::Test {};
+
+using Containers = ::testing::Types<qv::set<int>, qv::map<int, int>, qv::multiset<short>, qv::multimap<int, short>,
+                                    qv::set<std::string>, qv::map<char *, int>, qv::set<WideKey>,
+                                    qv::multimap<std::string, RootedElement>, qv::set<RootedElement>,
+                                    qv::multiset<RootedElement>, qv::map<RootedElement, RootedElement>>;
+TYPED_TEST_SUITE(Associative, Containers);
+
+template <typename C>
+constexpr bool countsElements = std::is_same_v<typename C::value_type, RootedElement> ||
+                                std::is_same_v<typename C::value_type, qv::pair<RootedElement const, RootedElement>>;
+
+} // namespace
+
+TYPED_TEST(Associative, BehavesLikeTheStandardOne) {
+    ElementBalance balance;
+    SeededRandom random;
+    for (int keys : {3, 20, 100, 100, 500}) {
+        Model<TypeParam> model(random, keys);
+        for (int i = 0; i < 600; ++i) {
+            model.step();
+            model.check();
+            if (this->HasFailure())
+                return;
+        }
+        if (countsElements<TypeParam>) {
+            ASSERT_EQ(balance.alive(), model.elementsOfKind());
+        }
+    }
+}
+
+TYPED_TEST(Associative, ACopyThatThrowsLosesNothing) {
+    using C = TypeParam;
+    if constexpr (countsElements<C>) {
+        ElementBalance balance;
+        C const source = {elementOf<C>(1, 1), elementOf<C>(2, 2), elementOf<C>(3, 3), elementOf<C>(4, 4)};
+        auto const newElement = elementOf<C>(9, 9);
+        for (int failAt = 1; failAt <= (isSet<C> ? 1 : 2); ++failAt) {
+            C c = source;
+            ElementCounts::copiesUntilFailure = failAt;
+            EXPECT_THROW(c.insert(newElement), qvTest::CopyFailure);
+            ElementCounts::copiesUntilFailure = failAt;
+            EXPECT_THROW(c.insert(c.begin(), newElement), qvTest::CopyFailure);
+            EXPECT_TRUE(c.validate() && c == source);
+        }
+        for (int failAt : {1, 4}) {
+            C c = {elementOf<C>(7, 7)};
+            ElementCounts::copiesUntilFailure = failAt;
+            EXPECT_THROW(C{source}, qvTest::CopyFailure);
+            ElementCounts::copiesUntilFailure = failAt;
+            EXPECT_THROW(c = source, qvTest::CopyFailure);
+            EXPECT_TRUE(c.validate());
+        }
+        ElementCounts::reset();
+        C c;
+        if constexpr (isSet<C>)
+            c.emplace(5);
+        else
+            c.try_emplace(RootedElement(5), 5);
+        C moved(std::move(c));
+        c = std::move(moved);
+        EXPECT_EQ(ElementCounts::copies, 0);
+        EXPECT_EQ(ElementCounts::moves, isSet<C> ? 0 : 1);
+    }
+}
+
+TYPED_TEST(Associative, ComparesByElements) {
+    using C = TypeParam;
+    C const a = {elementOf<C>(1, 1), elementOf<C>(2, 2)};
+    C b;
+    b.setNumElementsInBlock(3);
+    b = {elementOf<C>(2, 2), elementOf<C>(1, 1)};
+    EXPECT_TRUE(a == b);
+    b.insert(elementOf<C>(3, 3));
+    EXPECT_FALSE(a == b);
+    if constexpr (isOrdered<C>) {
+        EXPECT_TRUE(a < b && b >= a);
+        EXPECT_TRUE(std::is_sorted(a.begin(), a.end()));
+        EXPECT_EQ(contentsOf<C>(b.rbegin(), b.rend()).front().first, 3);
+    }
+}
