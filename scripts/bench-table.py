@@ -46,8 +46,10 @@ def read_results(paths):
     for path in paths:
         with open(path, encoding="utf-8") as text:
             benchmarks = json.load(text)["benchmarks"]
+        # Repetitions that were interleaved at random come back into the order of the program.
+        benchmarks.sort(key=lambda entry: entry["family_index"])
         for entry in benchmarks:
-            if entry.get("run_type") != "iteration":
+            if entry["run_type"] != "iteration":
                 continue
             name, real, _ = entry["run_name"].partition("/real_time")
             if entry.get("error_occurred"):

@@ -87,6 +87,10 @@ private:
         int const count = stream_.good() ? stream_.readData(block_, sizeof block_) : 0;
         position_ = block_;
         end_ = block_ + std::max(count, 0);
+        constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+        if (!marked_ && std::string_view(block_, end_).starts_with(byteOrderMark))
+            position_ += byteOrderMark.size();
+        marked_ = true;
         return position_ != end_;
     }
 
@@ -95,6 +99,7 @@ private:
     char const * position_ = block_;
     char const * end_ = block_;
     std::int64_t line_ = 0;
+    bool marked_ = false; // behind the place of a byte order mark
 };
 
 // The words of a statement, up to a comment.

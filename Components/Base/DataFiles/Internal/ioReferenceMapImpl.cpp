@@ -3,6 +3,7 @@
 #include "Base/Containers/qvVector.h"
 #include "Base/DataFiles/ioPacketType.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 #include <stdexcept>
@@ -89,6 +90,9 @@ void ioReferenceMapImpl::markDefined(int reference, ioPacketType const * type) {
         return;
     }
     ioReferenceRecord & record = table_.touch(reference);
+    if (record.uses == 0 && !record.defined) {
+        open_.append(reference);
+    }
     record.defined = true;
     record.definingType = type;
     while (ioWaitingLocation * const node = record.waiting) {
@@ -131,6 +135,9 @@ void ioReferenceMapImpl::resolve(int reference, void ** location, ioPacketType c
         fill(location, record.pointer);
         return;
     }
+    if (!record.waiting) {
+        open_.append(reference);
+    }
     record.waiting = new (waitingNodes_.alloc()) ioWaitingLocation{record.waiting, location, type, clientValue};
 }
 
@@ -151,19 +158,30 @@ void ioReferenceMapImpl::reportWaiting(int reference, ioClientReadContext & clie
     }
 }
 
+void ioReferenceMapImpl::report(int reference, ioClientReadContext & client) {
+    if (table_.find(reference)->valid && table_.find(reference)->waiting) {
+        reportWaiting(reference, client);
+    }
+    ioReferenceRecord const & record = *table_.find(reference);
+    if (record.valid && record.defined && record.uses == 0 && record.definingType) {
+        const_cast<ioPacketType *>(record.definingType)->handleUnreferencedMemory(client, record.pointer);
+    }
+}
+
+// What stays open is reported again behind the next file that is read with this map, so it stays in the list.
 void ioReferenceMapImpl::resolveRemaining(ioClientReadContext & client) {
-    table_.forEachTouched([&](int reference, ioReferenceRecord const & found) {
-        if (!found.valid) {
-            return;
-        }
-        if (found.waiting) {
-            reportWaiting(reference, client);
-        }
+    qv::vector<int> numbers;
+    numbers.swap(open_);
+    std::sort(numbers.begin(), numbers.end());
+    int previous = 0;
+    for (int const reference : numbers) {
         ioReferenceRecord const & record = *table_.find(reference);
-        if (record.valid && record.defined && record.uses == 0 && record.definingType) {
-            const_cast<ioPacketType *>(record.definingType)->handleUnreferencedMemory(client, record.pointer);
+        if (reference != previous && record.valid && (record.waiting || record.uses == 0)) {
+            open_.append(reference);
+            report(reference, client);
         }
-    });
+        previous = reference;
+    }
 }
 
 void ioReferenceMapImpl::reportUnresolved(ioPacketType * type, void (*function)(void *, int)) {

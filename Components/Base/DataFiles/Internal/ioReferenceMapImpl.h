@@ -36,6 +36,7 @@ private:
         int reference;
     };
 
+    void report(int reference, ioClientReadContext & client);
     void reportWaiting(int reference, ioClientReadContext & client);
     ioPointerTable & pointers();
 
@@ -46,6 +47,9 @@ private:
     ioPointerTable pointers_;
     ioReferenceTable table_;
     qv::BlockAllocator waitingNodes_;
+    // Numbers that may have something to report: they began to wait, or were defined before any use. In no order, and
+    // some of them twice.
+    qv::vector<int> open_;
     int next_ = 0;
     int numUndefined_ = 0;
 };
