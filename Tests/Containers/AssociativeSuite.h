@@ -1,5 +1,5 @@
-// What holds for every container that finds elements by their keys: a typed suite beside the standard library's ordered multimap. A test
-// source includes it, names its container types, and instantiates it.
+// What holds for every container that finds elements by their keys: a typed suite beside the standard library's ordered
+// multimap. A test source includes it, names its container types, and instantiates it.
 
 #ifndef qvTestAssociativeSuite_h
 #define qvTestAssociativeSuite_h
