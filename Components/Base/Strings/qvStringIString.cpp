@@ -1,5 +1,6 @@
 #include "Base/Strings/qvStringIString.h"
 
+#include "Base/Containers/qvHashFunction.h"
 #include "Base/Platform/PlatformText.h"
 #include "Base/Strings/Internal/TextOperations.h"
 #include "Base/Strings/Internal/WideText.h"
@@ -452,6 +453,11 @@ bool greater(IString const & a, IString const & b) { return a.compare(b) > 0; }
 bool lessEqual(IString const & a, IString const & b) { return a.compare(b) <= 0; }
 bool greaterEqual(IString const & a, IString const & b) { return a.compare(b) >= 0; }
 void swap(IString & a, IString & b) { a.swap(b); }
+
+unsigned hashfunction(IString const & text) {
+    // The count of bytes is an int too.
+    return qv::hashfunction(text.asWChar(), static_cast<int>(std::min<unsigned>(text.length(), INT_MAX / 2)));
+}
 
 char * IStringToTCHARCopy(IString const & text) {
     unsigned const size = text.asMultibyteStoreSize(Multibyte);

@@ -10,6 +10,7 @@
 #include <compare>
 #include <cstdarg>
 #include <cstddef>
+#include <functional>
 #include <stdexcept>
 #include <string_view>
 
@@ -233,10 +234,17 @@ QV_EXPORT bool greater(IString const & a, IString const & b);
 QV_EXPORT bool lessEqual(IString const & a, IString const & b);
 QV_EXPORT bool greaterEqual(IString const & a, IString const & b);
 QV_EXPORT void swap(IString & a, IString & b);
+/// The hash of all units of the text, as qv::hashfunction() has it.
+QV_EXPORT unsigned hashfunction(IString const & text);
 
 /// A copy of the multibyte form, to be released with delete[].
 QV_EXPORT char * IStringToTCHARCopy(IString const & text);
 
 } // namespace qvString
+
+template <>
+struct std::hash<qvString::IString> {
+    std::size_t operator()(qvString::IString const & text) const { return qvString::hashfunction(text); }
+};
 
 #endif
