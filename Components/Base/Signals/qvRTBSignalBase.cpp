@@ -42,6 +42,11 @@ void SignalBase::connectionItem::destroy() {
     delete this;
 }
 
+void SignalBase::connectionItem::destroyUnlocked() {
+    if (lockCount == 0)
+        destroy();
+}
+
 void SignalBase::connectionItem::refuseLock() {
     --lockCount;
     throw std::length_error("qvRTB: too many nested emissions of a signal");

@@ -68,8 +68,8 @@ protected:
         }
         void unlock() {
             --lockCount;
-            if (destroyPending && lockCount == 0) [[unlikely]] // the rarer of the two is asked first
-                destroy();
+            if (destroyPending) [[unlikely]]
+                destroyUnlocked();
         }
 
         // Ends the connection on both sides. The item itself goes now, or with its last `unlock`.
@@ -86,6 +86,7 @@ protected:
         bool destroyPending = false;
 
     private:
+        QV_EXPORT void destroyUnlocked();
         [[noreturn]] QV_EXPORT void refuseLock();
     };
 
