@@ -2,6 +2,8 @@
 
 #include "DocumentPackets.h"
 
+#include "Base/Containers/qvMap.h"
+#include "Base/Containers/qvSet.h"
 #include "Base/DataFiles/ioBufferedStreamInput.h"
 #include "Base/DataFiles/ioClientContext.h"
 #include "Base/DataFiles/ioLargeArray.h"
@@ -9,11 +11,9 @@
 #include "Base/DataFiles/ioPacketType.h"
 #include "Base/DataFiles/ioReadContext.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <memory>
-#include <unordered_map>
-#include <unordered_set>
+#include <type_traits>
 
 namespace mesh {
 
@@ -140,7 +140,7 @@ private:
     static constexpr std::int64_t leastBytes = 2;
 
     void define(void * object, Kind kind) {
-        kinds_.emplace(object, kind);
+        kinds_.try_emplace(object, kind);
         context_.definePacketReference(object);
     }
 
@@ -152,7 +152,7 @@ private:
     template <class T>
     void readPointer(T *& pointer, Kind kind) {
         context_.readReferenceUsage(&pointer, 0);
-        slots_.push_back({reinterpret_cast<void * const *>(&pointer), kind});
+        slots_.append(Slot{reinterpret_cast<void * const *>(&pointer), kind});
     }
 
     CString readName() {
@@ -195,9 +195,9 @@ private:
     Document & document_;
     std::int64_t budget_;
     std::int64_t parcels_ = 0; // that are still to come
-    std::unordered_map<void const *, Kind> kinds_;
-    std::unordered_set<void *> texts_; // from malloc, ours to free
-    std::vector<Slot> slots_;
+    qv::map<void const *, Kind> kinds_;
+    qv::set<void *> texts_; // from malloc, ours to free
+    qv::vector<Slot> slots_;
     bool unresolved_ = false;
 };
 

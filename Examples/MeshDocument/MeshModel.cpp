@@ -1,11 +1,13 @@
 #include "MeshModel.h"
 
+#include "Base/Containers/qvMap.h"
+#include "Base/Containers/qvPair.h"
+#include "Base/Containers/qvSet.h"
+
 #include <bit>
 #include <charconv>
 #include <cstdint>
-#include <deque>
-#include <unordered_map>
-#include <unordered_set>
+#include <type_traits>
 #include <variant>
 
 namespace mesh {
@@ -30,6 +32,8 @@ public:
     }
 
 private:
+    using User = qv::pair<Material const *, Group const *>;
+
     void require(bool holds, char const * fault) {
         if (!holds && fault_.isEmpty())
             fault_ = fault;
@@ -56,10 +60,8 @@ private:
         int const count = follow(document_.firstMaterial, document_.materials.size(), [](Material const &) {});
         require(count == document_.materials.size(), "materials are not in one chain");
         for (Material const & material : document_.materials) {
-            std::unordered_set<Group const *> users;
             for (Group const * user : material.users)
-                require(user && users.insert(user).second, "a material names a group twice, or none");
-            usersOf_.emplace(&material, std::move(users));
+                require(user && users_.insert(User(&material, user)).second, "a material names a group twice, or none");
         }
     }
 
@@ -101,16 +103,13 @@ private:
         for (MaterialUse const & use : group.uses) {
             require(use.firstFace == faces && use.faceCount > 0, "runs of materials leave a gap");
             faces += use.faceCount;
-            if (use.material) {
-                auto const users = usersOf_.find(use.material);
-                require(users != usersOf_.end() && users->second.contains(&group), "a material does not know its user");
-            }
+            require(!use.material || users_.contains(User(use.material, &group)), "a material does not know its user");
         }
         require(faces == group.faceSizes.size(), "runs of materials do not fit the faces");
     }
 
     Document const & document_;
-    std::unordered_map<Material const *, std::unordered_set<Group const *>> usersOf_;
+    qv::set<User> users_; // as the materials name them
     CString fault_;
 };
 
@@ -224,9 +223,9 @@ private:
     }
 
     Exactness exactness_;
-    std::unordered_map<void const *, void const *> copies_;
-    std::unordered_map<void const *, void const *> originals_;
-    std::deque<std::variant<Pair<Document>, Pair<Mesh>, Pair<Group>, Pair<Material>>> queue_;
+    qv::map<void const *, void const *> copies_;
+    qv::map<void const *, void const *> originals_;
+    qv::list<std::variant<Pair<Document>, Pair<Mesh>, Pair<Group>, Pair<Material>>> queue_;
     CString difference_;
 };
 

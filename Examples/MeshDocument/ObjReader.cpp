@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstdarg>
 #include <limits>
+#include <string>
 #include <system_error>
 
 namespace mesh {
@@ -87,6 +88,10 @@ private:
         int const count = stream_.good() ? stream_.readData(block_, sizeof block_) : 0;
         position_ = block_;
         end_ = block_ + std::max(count, 0);
+        constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+        if (!marked_ && std::string_view(block_, end_).starts_with(byteOrderMark))
+            position_ += byteOrderMark.size();
+        marked_ = true;
         return position_ != end_;
     }
 
@@ -95,6 +100,7 @@ private:
     char const * position_ = block_;
     char const * end_ = block_;
     std::int64_t line_ = 0;
+    bool marked_ = false; // behind the place of a byte order mark
 };
 
 // The words of a statement, up to a comment.
@@ -267,7 +273,7 @@ bool ObjReader::readIndex(std::string_view digits, Kind kind, int & index) {
         return false;
     }
     if (number > count && (ahead_[kind].empty() || ahead_[kind].back().index < number))
-        ahead_[kind].push_back({number, line_});
+        ahead_[kind].append(AheadIndex{number, line_});
     index = static_cast<int>(number > 0 ? number - 1 : count + number);
     return true;
 }
@@ -350,19 +356,18 @@ void ObjReader::beginMesh(std::string_view name) {
 void ObjReader::beginGroup(std::string_view names) {
     if (!mesh_)
         beginMesh({});
-    std::string name;
+    std::string joined;
     Words words(names);
     for (std::string_view word = words.next(); !word.empty(); word = words.next()) {
-        if (!name.empty())
-            name += ' ';
-        name += word;
+        if (!joined.empty())
+            joined += ' ';
+        joined += word;
     }
-    if (name.empty())
-        name = "default";
+    qvString::CString const name(joined.empty() ? std::string_view("default") : joined);
     auto const [place, isNew] = groupsOfMesh_.try_emplace(name, nullptr);
     if (isNew) {
         Group * const group = place->second = &document_.groups.emplace_back();
-        group->name = qvString::CString(std::string_view(name));
+        group->name = name;
         group->mesh = mesh_;
         (mesh_->lastGroup ? mesh_->lastGroup->next : mesh_->firstGroup) = group;
         mesh_->lastGroup = group;
@@ -370,13 +375,14 @@ void ObjReader::beginGroup(std::string_view names) {
     group_ = place->second;
 }
 
-void ObjReader::beginMaterial(std::string_view name) {
-    if (name.empty())
+void ObjReader::beginMaterial(std::string_view text) {
+    qvString::CString const name(text);
+    if (name.isEmpty())
         return fail("a material without a name");
-    auto const [place, isNew] = materials_.try_emplace(std::string(name), nullptr);
+    auto const [place, isNew] = materials_.try_emplace(name, nullptr);
     if (isNew) {
         place->second = &document_.materials.emplace_back();
-        place->second->name = qvString::CString(name);
+        place->second->name = name;
         (lastMaterial_ ? lastMaterial_->next : document_.firstMaterial) = place->second;
         lastMaterial_ = place->second;
     }

@@ -5,13 +5,12 @@
 
 #include "MeshModel.h"
 
+#include "Base/Containers/qvMap.h"
+#include "Base/Containers/qvPair.h"
+#include "Base/Containers/qvSet.h"
+
 #include <cstdint>
-#include <map>
-#include <set>
-#include <string>
 #include <string_view>
-#include <utility>
-#include <vector>
 
 class ioBufferedStreamInput;
 
@@ -77,10 +76,10 @@ private:
     Group * group_ = nullptr;
     Material * material_ = nullptr;
     Material * lastMaterial_ = nullptr;
-    std::map<std::string, Group *, std::less<>> groupsOfMesh_;
-    std::map<std::string, Material *, std::less<>> materials_;
-    std::set<std::pair<Material *, Group *>> knownUsers_;
-    std::vector<AheadIndex> ahead_[numbersPerCorner]; // rising
+    qv::map<qvString::CString, Group *> groupsOfMesh_;
+    qv::map<qvString::CString, Material *> materials_;
+    qv::set<qv::pair<Material *, Group *>> knownUsers_;
+    qv::vector<AheadIndex> ahead_[numbersPerCorner]; // rising
     std::int64_t line_ = 0;
     std::int64_t skipped_ = 0;
     qvString::CString problem_;

@@ -1,4 +1,4 @@
-// makesample > sample.obj
+// makeSample > sample.obj
 //
 // Writes the sample that stands beside this program: shapes as several objects, with groups, materials, all forms of
 // corners, indices that count back, polygons of many sizes and a statement over several lines.

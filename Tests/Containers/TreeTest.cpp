@@ -9,6 +9,7 @@
 
 #include "Base/Containers/qvMap.h"
 #include "Base/Containers/qvSet.h"
+#include "Containers/AssociativeSuite.h"
 #include "Support/SeededRandom.h"
 
 namespace {
@@ -199,3 +200,12 @@ TEST(Tree, OrderingsWithStateAndOtherKeysThanTheOwn) {
     static_assert(std::is_same_v<decltype(*std::declval<qv::set<int> &>().begin()), int const &>);
     EXPECT_EQ(std::ranges::count_if(owners, [](auto const & e) { return e.second != nullptr; }), 2);
 }
+
+namespace qvTest {
+
+using TreeContainers = ::testing::Types<qv::set<int>, qv::map<char *, int>, qv::multimap<int, short>, qv::set<WideKey>,
+                                        qv::multimap<std::string, RootedElement>, qv::multiset<RootedElement>,
+                                        qv::map<RootedElement, RootedElement>>;
+INSTANTIATE_TYPED_TEST_SUITE_P(Tree, Associative, TreeContainers);
+
+} // namespace qvTest

@@ -8,7 +8,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <random>
+#include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
 
@@ -377,6 +379,35 @@ TEST(BufferedStream, AFailingWriteShowsWhereverItIs) {
     }
 }
 
+TEST(BufferedStream, FiltersDoNotSeek) {
+    auto end = std::make_unique<MemoryEnd>(ioBufferDirection::output);
+    auto * const filter = new PassingFilter(ioBufferDirection::output);
+    filter->setNext(std::move(end));
+    TestOutput out(filter);
+    EXPECT_FALSE(out.seek(0));
+    EXPECT_TRUE(out.good());
+}
+
+// A descriptor that others share is left where single blocks would have left it.
+TEST(BufferedStream, ReadingAheadIsGivenBack) {
+    ScratchDirectory const scratch;
+    writeBytes(scratch.path("file"), std::string(50000, 'x'));
+    int const saved = dup(0);
+    ASSERT_NE(nullptr, std::freopen(scratch.path("file").c_str(), "rb", stdin));
+    int const shared = dup(0);
+    ioBufferedStreamInput in;
+    in.openStdin();
+    char bytes[5000];
+    EXPECT_EQ(5000, in.readData(bytes, 5000));
+    EXPECT_EQ(8192, in.tell());
+    EXPECT_EQ(5000, in.readData(bytes, 5000));
+    in.close();
+    EXPECT_EQ(16384, lseek(shared, 0, SEEK_CUR));
+    close(shared);
+    dup2(saved, 0);
+    close(saved);
+}
+
 TEST(BufferedStream, AFullDiskIsToldApart) {
     ioBufferedStreamOutput out;
     out.openFile(wide("/dev/full"));
@@ -426,6 +457,9 @@ TEST(BufferedStream, StandardStreamsMayBePipes) {
     in.close();
     dup2(savedInput, 0);
     close(savedInput);
+    int status = -1;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(0, status);
 }
 
 TEST(BufferedStream, ProgressCountsBlocks) {

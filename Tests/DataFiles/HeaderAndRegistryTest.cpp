@@ -163,6 +163,7 @@ TEST(Registry, NumbersAndNamesAreGivenOutOnce) {
     registry.with("demo.item").with("demo.other");
     registry.init();
     registry.supportedType(refused);
+    registry.supportedType(refused);
     registry.supportedType(twin);
     registry.supportedType(&registry.type(0));
     registry.supportedType(new ioPacketType(""));
@@ -217,6 +218,17 @@ TEST(Registry, LinesAreCheckedForTheirSequence) {
     TestRegistry registry(true);
     EXPECT_EQ(ioBadData, readRegistry(registry, "0 " + std::string(200, 'n') + "\n@\n"));
     EXPECT_EQ(nullptr, registry.lookup(0));
+    // A registry that was refused leaves no trace, and the next file finds its place.
+    EXPECT_EQ(ioBadData, readRegistry(registry, "0 b\n1 a\n7 c\n@\n"));
+    EXPECT_EQ(nullptr, registry.lookup("b"));
+    EXPECT_EQ(ioGood, readRegistry(registry, "0 a\n1 b\n@\n"));
+    EXPECT_EQ(ioBadData, readRegistry(registry, "0 a\n1 a\n@\n"));
+    std::string many;
+    for (int i = 0; i < 10002; ++i) {
+        many += std::to_string(i) + ' ' + std::string(77, 'n') + std::to_string(100000 + i) + '\n';
+    }
+    TestRegistry large(true);
+    EXPECT_EQ(ioGood, readRegistry(large, many + "@\n"));
 }
 
 TEST(Registry, ModulesRegisterThroughTheSignal) {

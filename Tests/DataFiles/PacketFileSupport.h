@@ -183,6 +183,13 @@ inline std::size_t packetsAt(std::string const & file) {
     return file.find("@\n", headerEnd + 2) + 2;
 }
 
+// The size of the binary packet at this place.
+inline std::size_t packetSize(std::string const & file, std::size_t at, Form form) {
+    std::int32_t size = 0;
+    std::memcpy(&size, &file[at + 8], sizeof size);
+    return 12 + static_cast<std::size_t>(isSwapped(form) ? reversedBytes(size) : size);
+}
+
 // Turns the frames of a file that SwappedWriter has written, and the byte order in its header.
 inline void turnFrames(std::string & file) {
     file[file.find('\n', 3) + 1] = '0';

@@ -89,6 +89,7 @@ TEST(Format, TextArgumentsHaveOneMeaning) {
     // What is not rewritten keeps the meaning of its width.
     EXPECT_EQ(formatted("%*s|%+S|%*c", 3, "n", L"w", 2, 'n'), "  n|w| n");
     EXPECT_EQ(formatted(L"%*s|%+S|%*c|%#C", 3, wide, "n", 2, L'w', 'n'), "w\xE2\x82\xAC\xF0\x9F\x98\x80|n| w|n");
+    EXPECT_EQ(formatted(L"%--3s|%0-3s|%-03s|%5.s", L"wx", L"yz", "n", "n"), "wx |yz |n  |     ");
     EXPECT_EQ(formatted(L"%-5%s %s", "n"), "%S n");
     EXPECT_EQ(formatted(L"%5%%s", L"w"), "%w");
     // Widths and precisions count characters of the result; what is converted is not cut inside a character.
@@ -296,6 +297,9 @@ TEST(Format, EmptyResultsLeaveTheString) {
     EXPECT_EQ(wide, u"old");
     std::string const longFormat = std::string(3000, 'f') + "%s";
     EXPECT_EQ(wide.format(longFormat.c_str(), "!"), 3001U);
+    CString numbered;
+    EXPECT_EQ(numbered.format("%2$s %1$d", 7, longFormat.c_str()), 3004U);
+    EXPECT_EQ(numbered, CString(longFormat) + " 7");
 }
 
 TEST(Int64Text, KeepsThreeTextsOfEachKind) {

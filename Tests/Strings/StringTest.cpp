@@ -1,3 +1,4 @@
+#include "Base/Containers/qvHashFunction.h"
 #include "Base/Strings/qvStringIString.h"
 
 #include "Support/ScopedLocale.h"
@@ -267,6 +268,20 @@ TEST(IString, CollatesByTheLocaleAndElseByCode) {
     EXPECT_LT(IString(L"\xFFFD").collate(IString(L"\xD83D\xDE00")), 0) << "by code point, not by unit";
     EXPECT_NE(IString(L"\xD800").collate(L"?"), 0) << "what has no narrow form is told apart";
     EXPECT_EQ(IString(L"\x0416").compareNoCase(L"\x0436"), 0);
+}
+
+TEST(Strings, HashAllOfTheirTextAsBytes) {
+    std::string const bytes("ab\0cd", 5);
+    unsigned const expected = qv::hashfunction(bytes.data(), bytes.data() + bytes.size());
+    CString const narrow(bytes);
+    EXPECT_EQ(hashfunction(narrow), expected);
+    EXPECT_EQ(std::hash<CString>()(narrow), expected);
+    EXPECT_EQ(hashfunction(CString()), 0U);
+    // The units a, b and so on are pairs of bytes.
+    std::string const pairs("a\0b\0\0\0c\0d\0", 10);
+    IString const wide(L"ab\0cd", 5);
+    EXPECT_EQ(hashfunction(wide), qv::hashfunction(pairs.data(), pairs.data() + pairs.size()));
+    EXPECT_EQ(std::hash<IString>()(wide), hashfunction(wide));
 }
 
 TEST(Strings, MixWithNarrowLiteralsAndEachOther) {

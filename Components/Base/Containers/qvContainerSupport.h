@@ -81,6 +81,8 @@ private:
     bool armed_ = true;
 };
 
+enum class Keys { areUnique, mayRepeat };
+
 template <typename P>
 concept PairLike = requires(P & p) {
     p.first;

@@ -27,8 +27,6 @@ Element * treeElement(RBTreeImpl::Node const * node) {
     return reinterpret_cast<Element *>(bytes + treeElementOffset<Element>);
 }
 
-enum class Keys { areUnique, mayRepeat };
-
 template <typename C>
 concept Transparent = requires {
     typename C::is_transparent;

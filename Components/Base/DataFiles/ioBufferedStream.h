@@ -41,7 +41,7 @@ public:
     virtual void openFile(qvString::IString const & name) = 0;
     // Closes the chain from its top and deletes it. Nothing on a closed stream.
     virtual void close();
-    // Opens the stream on a socket, which stays the caller's.
+    // Opens the stream on a socket, which stays the caller's. No build has sockets yet: ioStreamOpenFailed.
     virtual void openSocket(qvTCP::Socket * socket) = 0;
 
     ioBufferedStream(ioBufferedStream const &) = delete;
@@ -55,7 +55,8 @@ public:
         }
         return status_;
     }
-    // Forgets the stream's failure, but not that of a link of the chain.
+    // Forgets the stream's failure, but not that of a link of the chain: a chain that has met the end of its data or
+    // a failure moves nothing any more, behind a seek either. Open the stream again.
     void resetStatus() { status_ = ioStreamGood; }
     bool isOpen() const { return top_ != nullptr; }
 

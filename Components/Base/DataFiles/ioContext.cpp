@@ -47,20 +47,20 @@ void ioContext::promoteStreamStatus(ioBufferedStream const & stream) {
     case ioStreamGood:
         return;
     case ioStreamOpenFailed:
-        setStatus(ioOpenFailed);
+        status_ = ioOpenFailed;
         return;
     case ioStreamEOF:
     case ioStreamCompressEnd:
-        setStatus(ioBadData);
+        status_ = ioBadData;
         return;
     case ioStreamDiskFull:
-        setStatus(ioDiskFull);
+        status_ = ioDiskFull;
         return;
     case ioStreamChecksumFailed:
-        setStatus(ioChecksumFailed);
+        status_ = ioChecksumFailed;
         return;
     case ioStreamFailed:
-        setStatus(ioFailed);
+        status_ = ioFailed;
         return;
     }
 }

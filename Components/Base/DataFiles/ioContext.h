@@ -45,7 +45,8 @@ public:
     // The type of that number in the registry; null if there is none, or no registry.
     ioPacketType * lookupType(int id) const;
 
-    // Gives up the current packet: a writer drops it, a reader skips it. Nothing outside packets.
+    // Gives up the current packet: a writer drops it, a reader skips it. Nothing outside packets. A packet that is
+    // dropped keeps the reference number that it has taken; what refers to it will stay unresolved.
     void invalidPacket();
 
     // The reference of a pointer: 0 for null, -1 for one that the map does not know or that was undefined.
@@ -77,7 +78,7 @@ protected:
     // Sets the status unless a failure is there already.
     void setStatus(ioStatus status);
     void clearStatus() { status_ = ioGood; }
-    void replaceStatus(ioStatus status) { status_ = status; }
+    // Takes over the status of the stream, unless that is good.
     void promoteStreamStatus(ioBufferedStream const & stream);
 
     void pushPacket();

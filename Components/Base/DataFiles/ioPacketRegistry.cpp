@@ -1,26 +1,29 @@
 #include "Base/DataFiles/ioPacketRegistry.h"
 
+#include "Base/Containers/qvMap.h"
+#include "Base/Containers/qvSet.h"
 #include "Base/Containers/qvVector.h"
 #include "Base/DataFiles/Internal/ioNumberText.h"
 #include "Base/DataFiles/ioBufferedStreamInput.h"
 #include "Base/DataFiles/ioBufferedStreamOutput.h"
 #include "Base/DataFiles/ioPacketType.h"
 
+#include <algorithm>
 #include <cstring>
-#include <map>
 #include <memory>
 
 namespace {
 
-// A line of a registry: a number in four columns, a blank, the name, the newline.
-constexpr int maxLineLength = 89;
+// A line of a registry is a number in four columns, a blank, the name and the newline. The number may need more
+// columns in a file of many types.
 constexpr std::size_t maxNameLength = 83;
+constexpr int maxLineLength = 10 + 1 + int{maxNameLength} + 1;
 
 struct TextLess {
     bool operator()(char const * a, char const * b) const { return std::strcmp(a, b) < 0; }
 };
 
-bool isWhite(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+using ioNumberText::isWhite;
 
 bool isTypeName(char const * name) {
     std::size_t length = 0;
@@ -59,7 +62,7 @@ class ioPacketRegistryImpl {
 public:
     // The map owns the types in it, under the names that they hold themselves.
     qv::vector<ioPacketType *> byNumber;
-    std::map<char const *, ioPacketType *, TextLess> byName;
+    qv::map<char const *, ioPacketType *, TextLess> byName;
     qv::vector<ioPacketType *> refused;
 };
 
@@ -100,7 +103,10 @@ void ioPacketRegistry::supportedType(ioPacketType * type) {
         return;
     }
     if (!enterName(type)) {
-        impl_->refused.append(type);
+        auto const & refused = impl_->refused;
+        if (std::find(refused.begin(), refused.end(), type) == refused.end()) {
+            impl_->refused.append(type);
+        }
     } else if (!fromFile_) {
         registerNumber(type);
     }
@@ -134,16 +140,21 @@ void ioPacketRegistry::writeRegistry(ioBufferedStreamOutput & stream, bool withT
     stream.writeString("@\n");
 }
 
+// Nothing is numbered or entered before the whole registry has been found good.
 ioStatus ioPacketRegistry::readRegistry(ioBufferedStreamInput & stream) {
     char line[maxLineLength + 1];
+    qv::vector<ioPacketType *> types;
+    qv::set<char const *, TextLess> names;
+    qv::vector<std::unique_ptr<ioPacketType>> unknown;
     int previous = 0;
+    int numNew = 0;
     for (int place = 0;; ++place) {
         stream.readLine(line, sizeof line);
         if (!stream.good()) {
             return ioFailed;
         }
         if (line[0] == '@') {
-            return ioGood;
+            break;
         }
         int number = 0;
         char const * name = nullptr;
@@ -157,15 +168,22 @@ ioStatus ioPacketRegistry::readRegistry(ioBufferedStreamInput & stream) {
         previous = number;
         ioPacketType * type = lookup(name);
         if (!type) {
-            auto unknown = std::make_unique<ioPacketType>(name);
-            enterName(unknown.get());
-            type = unknown.release();
+            unknown.append(std::make_unique<ioPacketType>(name));
+            type = unknown.back().get();
         }
-        registerNumber(type);
-        if (type->getId() != place) {
+        int const id = type->getId() >= 0 ? type->getId() : impl_->byNumber.size() + numNew++;
+        if (id != place || !names.insert(type->getName()).second) {
             return ioBadData;
         }
+        types.append(type);
     }
+    for (auto & type : unknown) {
+        enterName(type.release());
+    }
+    for (ioPacketType * type : types) {
+        registerNumber(type);
+    }
+    return ioGood;
 }
 
 ioSimplePacketRegistry::ioSimplePacketRegistry(bool fromFile) : ioPacketRegistry(fromFile) {}

@@ -43,7 +43,7 @@ public:
     void writeRegistry(ioBufferedStreamOutput & stream, bool withTypes) const;
     // Numbers the types as the file's lines say. A name that nobody has registered gets a type whose packets are
     // skipped. ioBadData for lines that are out of sequence, name a type twice, or number a type otherwise than it is
-    // numbered already; ioFailed when the stream ends or fails.
+    // numbered already; ioFailed when the stream ends or fails. Then the registry stays as it was.
     ioStatus readRegistry(ioBufferedStreamInput & stream);
 
 private:

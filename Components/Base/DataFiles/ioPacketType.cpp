@@ -50,7 +50,11 @@ ioReadCallback::~ioReadCallback() = default;
 
 ioGlobalReadCallback::ioGlobalReadCallback(void (*function)()) : function_(function) {}
 
-void ioGlobalReadCallback::read() { function_(); }
+void ioGlobalReadCallback::read() {
+    if (function_) {
+        function_();
+    }
+}
 
 ioSimplePacketType::ioSimplePacketType(char const * name, ioReadCallback * callback)
     : ioPacketType(name), callback_(callback) {}
@@ -69,9 +73,10 @@ ioPacketString::ioPacketString() : ioPacketType("packetFile_string") {}
 
 void ioPacketString::read(ioClientReadContext & client) {
     ioReadContext & context = client.getReadContext();
-    char const * text = context.readCString();
-    // Without a reference nobody could ever take the copy.
-    if (text && context.getPacketReference() > 0) {
+    char const * const text = context.readCString();
+    if (!text) {
+        context.badPacket();
+    } else if (context.getPacketReference() > 0) { // otherwise nobody could ever take the copy
         context.definePacketReference(mallocCopy(text));
     }
 }

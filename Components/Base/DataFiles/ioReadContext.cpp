@@ -156,8 +156,13 @@ ioStatus ioReadContext::readFile(ioClientReadContext & client) {
         setStatus(ioHalted);
     }
     if (getStatus() == ioEndOfFile) {
+        // Also when a report of the client's leaves by an exception.
+        struct BecomeGood {
+            ~BecomeGood() { context.clearStatus(); }
+            ioReadContext & context;
+        };
+        BecomeGood const atEnd{*this};
         getReferenceMap()->resolveRemaining(client);
-        replaceStatus(ioGood);
     }
     return getStatus();
 }

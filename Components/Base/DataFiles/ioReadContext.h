@@ -98,13 +98,15 @@ public:
     // reached.
     ioStatus readFile(ioClientReadContext & client);
     // After readFile: prepares for a following file in the same stream. True when there is one of the same form;
-    // then call readFile again.
+    // then call readFile again. Its registry must fit the numbers that the first one gave, and what earlier files
+    // left unresolved or unreferenced is reported again at its end. False leaves the context halted.
     bool reusePacketFile();
-    // Makes readFile stop behind the current packet, with ioHalted.
+    // Makes readFile stop behind the current packet, with ioHalted, or with the failure of a packet that was bad.
     void halt() { halted_ = true; }
-    // The reference that the current packet defines, 0 for none.
+    // The reference that the current packet defines, 0 for none; -1 before the first packet.
     int getPacketReference() const { return packetReference_; }
-    // Packets delivered through the life of this context.
+    // Packets that were passed through the life of this context, those with an unknown reference flag included, which
+    // are not delivered.
     int getPacketCount() const { return packetCount_; }
     ioReadMethod getReadMethod() const { return readMethod_; }
 

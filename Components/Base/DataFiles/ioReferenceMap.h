@@ -15,10 +15,10 @@ class ioPacketType;
 //
 // Counted; held by the contexts that use it. Used by one thread at a time. No operation reports failure; numbers
 // below 1, or from 0x7fff0000 up, are ignored. Memory is in proportion to the numbers that were used, however far
-// apart they lie.
+// apart they lie: some hundred bytes for each.
 class QV_EXPORT ioReferenceMap : public qv::ReferenceCount {
 public:
-    // Takes the next free number and binds the pointer to it.
+    // Takes the next free number and binds the pointer to it. Throws std::length_error when there is none left.
     virtual int newReference(void const * pointer) = 0;
     // Binds the pointer to the reference, whatever was bound to it before. Null is ignored.
     virtual void setDefinition(int reference, void const * pointer, bool alias) = 0;

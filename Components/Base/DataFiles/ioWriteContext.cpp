@@ -79,12 +79,18 @@ void ioWriteContext::endPacket() {
         setStatus(ioFailed);
         return;
     }
-    while (buffer()->level() > 0) {
+    if (buffer()->level() > 0) {
         setStatus(ioFailed);
+        invalidPacket();
+    }
+    while (buffer()->level() > 0) {
         endSubPacket();
     }
     endChunk();
     buffer()->endWrite(*this, stream_);
+    if (buffer()->failed()) {
+        setStatus(ioFailed);
+    }
     popPacket();
 }
 

@@ -24,8 +24,8 @@ class ioBufferedStreamOutput;
 //
 // A packet is built in memory and reaches the stream whole at endPacket. A packet may be started while another is
 // open; it then stands in the file before the outer one. Field writers report nothing: a failure of the stream shows
-// in the status behind endFile. A field that is written outside packets, an unregistered type, an unbalanced end and
-// a packet beyond 2 GiB set ioFailed and put nothing into the file.
+// in the status behind endFile. What is written outside packets, a packet of an unregistered type, with sub-packets
+// left open or beyond 2 GiB, and an end without a start set ioFailed and put nothing into the file.
 class QV_EXPORT ioWriteContext : public ioContext {
 public:
     ~ioWriteContext() override;
@@ -85,7 +85,8 @@ public:
     void endSubPacket();
     // A packet of its own for a text, which can be referred to by the text's address. Null writes nothing.
     void writeCStringPacket(char const * text);
-    // Writes the end packet. A packet that is still open sets ioFailed. The stream is neither flushed nor closed.
+    // Writes the end packet, unless the status is bad already. A packet that is still open sets ioFailed. The stream
+    // is neither flushed nor closed.
     void endFile();
 
 protected:

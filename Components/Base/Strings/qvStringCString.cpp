@@ -1,5 +1,6 @@
 #include "Base/Strings/qvStringCString.h"
 
+#include "Base/Containers/qvHashFunction.h"
 #include "Base/Platform/PlatformText.h"
 #include "Base/Strings/Internal/TextOperations.h"
 #include "Base/Strings/qvStringCharacters.h"
@@ -260,6 +261,11 @@ bool greater(CString const & a, CString const & b) { return a.compare(b) > 0; }
 bool lessEqual(CString const & a, CString const & b) { return a.compare(b) <= 0; }
 bool greaterEqual(CString const & a, CString const & b) { return a.compare(b) >= 0; }
 void swap(CString & a, CString & b) { a.swap(b); }
+
+unsigned hashfunction(CString const & text) {
+    auto const bytes = reinterpret_cast<unsigned char const *>(text.asChar());
+    return qv::hashfunction(bytes, static_cast<int>(std::min<unsigned>(text.length(), INT_MAX)));
+}
 
 } // namespace qvString
 

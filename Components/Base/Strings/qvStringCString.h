@@ -9,6 +9,7 @@
 #include <compare>
 #include <cstdarg>
 #include <cstddef>
+#include <functional>
 #include <stdexcept>
 #include <string_view>
 
@@ -174,7 +175,7 @@ private:
         body_ = other.body_;
         other.body_ = body;
     }
-    unsigned formatFrom(unsigned initialSize, char const * fmt, std::va_list args);
+    QV_NO_EXPORT unsigned formatFrom(unsigned initialSize, char const * fmt, std::va_list args);
 
     Body * body_; // never null
 };
@@ -190,6 +191,8 @@ QV_EXPORT bool greater(CString const & a, CString const & b);
 QV_EXPORT bool lessEqual(CString const & a, CString const & b);
 QV_EXPORT bool greaterEqual(CString const & a, CString const & b);
 QV_EXPORT void swap(CString & a, CString & b);
+/// The hash of all bytes of the text, as qv::hashfunction() has it.
+QV_EXPORT unsigned hashfunction(CString const & text);
 
 } // namespace qvString
 
@@ -199,5 +202,10 @@ extern "C" {
 QV_EXPORT qvString::CString * CString_create(char const * text);
 QV_EXPORT void CString_delete(qvString::CString * string);
 }
+
+template <>
+struct std::hash<qvString::CString> {
+    std::size_t operator()(qvString::CString const & text) const { return qvString::hashfunction(text); }
+};
 
 #endif

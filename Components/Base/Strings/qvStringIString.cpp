@@ -1,5 +1,6 @@
 #include "Base/Strings/qvStringIString.h"
 
+#include "Base/Containers/qvHashFunction.h"
 #include "Base/Platform/PlatformText.h"
 #include "Base/Strings/Internal/TextOperations.h"
 #include "Base/Strings/Internal/WideText.h"
@@ -129,17 +130,16 @@ void IString::convertFromMultibyte(char const * text, Encoding encoding, bool * 
         changing().text.clear();
         return;
     }
+    // There are never more units than bytes.
+    std::size_t const room = std::strlen(text) + 1;
+    if (room > largestSize)
+        return;
     wchar_t local[localSize];
     std::unique_ptr<wchar_t[]> large;
     wchar_t * buffer = local;
-    unsigned size = localSize;
-    if (std::strlen(text) >= localSize) {
-        size = widen(text, nullptr, 0, encoding, nullptr);
-        if (size == 0)
-            return;
-        buffer = (large = std::make_unique_for_overwrite<wchar_t[]>(++size)).get();
-    }
-    unsigned const count = widen(text, buffer, size, encoding, ok);
+    if (room > localSize)
+        buffer = (large = std::make_unique_for_overwrite<wchar_t[]>(room)).get();
+    unsigned const count = widen(text, buffer, static_cast<unsigned>(room), encoding, ok);
     // The counts of UTF-8 include the terminator.
     if (count > 0)
         text::assign(changing().text, WideView(buffer, encoding == UTF8 ? count - 1 : count), largestSize);
@@ -453,6 +453,11 @@ bool greater(IString const & a, IString const & b) { return a.compare(b) > 0; }
 bool lessEqual(IString const & a, IString const & b) { return a.compare(b) <= 0; }
 bool greaterEqual(IString const & a, IString const & b) { return a.compare(b) >= 0; }
 void swap(IString & a, IString & b) { a.swap(b); }
+
+unsigned hashfunction(IString const & text) {
+    // The count of bytes is an int too.
+    return qv::hashfunction(text.asWChar(), static_cast<int>(std::min<unsigned>(text.length(), INT_MAX / 2)));
+}
 
 char * IStringToTCHARCopy(IString const & text) {
     unsigned const size = text.asMultibyteStoreSize(Multibyte);

@@ -10,6 +10,7 @@
 #include <compare>
 #include <cstdarg>
 #include <cstddef>
+#include <functional>
 #include <stdexcept>
 #include <string_view>
 
@@ -214,11 +215,11 @@ private:
         body_ = other.body_;
         other.body_ = body;
     }
-    Body & changing();
-    void convertFromMultibyte(char const * text, Encoding encoding, bool * ok);
-    void convertToMultibyte(Encoding encoding, bool * ok) const;
-    unsigned formatFrom(unsigned initialSize, wchar_t const * fmt, std::va_list args);
-    unsigned formatFrom(unsigned initialSize, char const * fmt, std::va_list args);
+    QV_NO_EXPORT Body & changing();
+    QV_NO_EXPORT void convertFromMultibyte(char const * text, Encoding encoding, bool * ok);
+    QV_NO_EXPORT void convertToMultibyte(Encoding encoding, bool * ok) const;
+    QV_NO_EXPORT unsigned formatFrom(unsigned initialSize, wchar_t const * fmt, std::va_list args);
+    QV_NO_EXPORT unsigned formatFrom(unsigned initialSize, char const * fmt, std::va_list args);
 
     Body * body_; // never null
 };
@@ -233,10 +234,17 @@ QV_EXPORT bool greater(IString const & a, IString const & b);
 QV_EXPORT bool lessEqual(IString const & a, IString const & b);
 QV_EXPORT bool greaterEqual(IString const & a, IString const & b);
 QV_EXPORT void swap(IString & a, IString & b);
+/// The hash of all units of the text, as qv::hashfunction() has it.
+QV_EXPORT unsigned hashfunction(IString const & text);
 
 /// A copy of the multibyte form, to be released with delete[].
 QV_EXPORT char * IStringToTCHARCopy(IString const & text);
 
 } // namespace qvString
+
+template <>
+struct std::hash<qvString::IString> {
+    std::size_t operator()(qvString::IString const & text) const { return qvString::hashfunction(text); }
+};
 
 #endif

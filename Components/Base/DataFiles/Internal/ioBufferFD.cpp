@@ -49,9 +49,8 @@ void ioBufferFD::close() {
         } else {
             settle();
         }
-        auto const result = qvPlatform::closeDescriptor(descriptor_);
-        if (!result.good()) {
-            takeFailure(result);
+        if (!qvPlatform::closeDescriptor(descriptor_).good() && good()) {
+            setStatus(ioBufferFailed);
         }
     }
     descriptor_ = qvPlatform::noDescriptor;
@@ -202,7 +201,8 @@ void ioBufferFD::settle() {
 }
 
 int ioBufferFD::writeLarge(char const * bytes, int count) {
-    int const whole = wholeBlocks(count);
+    constexpr int mostAtOnce = 1 << 30;
+    int const whole = wholeBlocks(std::min(count, mostAtOnce));
     if (whole < storageSize) {
         return 0;
     }

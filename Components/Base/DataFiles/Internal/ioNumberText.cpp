@@ -8,7 +8,6 @@ namespace ioNumberText {
 
 namespace {
 
-bool isBlank(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 struct Sign {
@@ -17,7 +16,7 @@ struct Sign {
 };
 
 Sign signAt(char const * begin, char const * end) {
-    while (begin != end && isBlank(*begin)) {
+    while (begin != end && isWhite(*begin)) {
         ++begin;
     }
     if (begin != end && (*begin == '-' || *begin == '+')) {

@@ -11,6 +11,9 @@ namespace ioNumberText {
 // The longest text of any number below, e.g. -1.234567890123456e-308.
 inline constexpr int maxLength = 32;
 
+// White space as the readers skip it.
+constexpr bool isWhite(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+
 // Each writes at most maxLength characters, without a terminator, and gives the end of what it wrote.
 char * writeInt(char * out, std::int32_t value);
 char * writeUInt(char * out, std::uint32_t value);

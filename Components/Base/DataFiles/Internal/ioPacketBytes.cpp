@@ -25,11 +25,12 @@ void ioPacketBytes::allocate() {
 
 bool ioPacketBytes::grow(std::size_t count) {
     auto const used = static_cast<std::size_t>(cursor_ - begin_);
-    if (!begin_ || count > maxSize - used) {
+    if (!begin_ || count >= maxSize - used) {
+        overflowed_ = true;
         return false;
     }
     std::size_t wanted = static_cast<std::size_t>(end_ - begin_);
-    while (wanted - used < count) {
+    while (wanted - used <= count) {
         wanted = std::min(wanted * 2, maxSize);
     }
     auto * const larger = static_cast<char *>(std::realloc(begin_, wanted));

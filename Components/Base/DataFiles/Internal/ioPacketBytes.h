@@ -21,13 +21,18 @@ public:
     char * cursor() const { return cursor_; }
     int size() const { return static_cast<int>(cursor_ - begin_); }
     int capacity() const { return static_cast<int>(end_ - begin_); }
-    void rewind() { cursor_ = begin_; }
+    void rewind() {
+        cursor_ = begin_;
+        overflowed_ = false;
+    }
+    // Whether something did not go in since the last rewind.
+    bool overflowed() const { return overflowed_; }
     void moveTo(int position) { cursor_ = begin_ + position; }
     void advance(std::size_t count) { cursor_ += count; }
 
-    // Makes room for so many bytes behind the cursor. False when the packet would pass the size that its 32-bit
-    // fields can tell.
-    bool reserve(std::size_t count) { return static_cast<std::size_t>(end_ - cursor_) >= count || grow(count); }
+    // Makes room for so many bytes behind the cursor, and one more. False when the packet would pass the size that its
+    // 32-bit fields can tell.
+    bool reserve(std::size_t count) { return static_cast<std::size_t>(end_ - cursor_) > count || grow(count); }
 
     bool put(void const * bytes, std::size_t count) {
         if (!reserve(count)) [[unlikely]] {
@@ -44,6 +49,7 @@ private:
     char * begin_ = nullptr;
     char * cursor_ = nullptr;
     char * end_ = nullptr;
+    bool overflowed_ = false;
 };
 
 #endif

@@ -60,6 +60,9 @@ void ioPacketFileAsciiBuffer::beginWrite(ioWriteContext &, bool hasReference, io
 
 void ioPacketFileAsciiBuffer::endWrite(ioWriteContext &, ioBufferedStreamOutput & stream) {
     putText(bytes_, "}\n");
+    if (bytes_.overflowed()) {
+        fail();
+    }
     if (valid()) {
         stream.writeData(bytes_.begin(), bytes_.size());
     }
@@ -109,7 +112,8 @@ int ioPacketFileAsciiBuffer::takeFrameNumber() {
 
 int ioPacketFileAsciiBuffer::readFromStream(ioReadContext & context, ioBufferedStreamInput & stream) {
     setType(nullptr);
-    chunkHasData_ = false;
+    chunkHasData_.clear();
+    chunkHasData_.append(false);
     absentLevels_ = 0;
     bool const whole = skipBehind(stream, '{') && loadText(stream);
     at_ = bytes_.begin();
@@ -142,21 +146,41 @@ bool ioPacketFileAsciiBuffer::atFieldEnd() const {
     return *at_ == '\n' && (startsWith(ioAsciiChunkStart) || startsWith(ioAsciiSubPacketStart));
 }
 
+bool ioPacketFileAsciiBuffer::isRegularEndAt(int level) const {
+    if (absentLevels_ > 0) {
+        return true;
+    }
+    if (at_ == end_) {
+        return false;
+    }
+    return *at_ == ']' ? chunkOpenAt(level) : *at_ != '>' || level > 0;
+}
+
+void ioPacketFileAsciiBuffer::skipBehindBlank() {
+    while (at_ != end_ && *at_ != ']' && *at_ != '>') {
+        if (*at_ == ' ') {
+            ++at_;
+            return;
+        }
+        stepOver(*at_ == '\\' ? 2 : 1);
+    }
+}
+
 void ioPacketFileAsciiBuffer::stepOver(int count) { at_ += std::min<std::ptrdiff_t>(count, end_ - at_); }
 
 void ioPacketFileAsciiBuffer::readChunkStart(ioReadContext &) {
-    chunkHasData_ = false;
+    chunkHasData_.back() = false;
     if (absentLevels_ == 0 && startsWith(ioAsciiChunkStart)) {
         stepOver(sizeof ioAsciiChunkStart - 1);
-        chunkHasData_ = at_ != end_ && *at_ != ']';
+        chunkHasData_.back() = at_ != end_ && *at_ != ']';
         setChunkOpen(true);
     }
 }
 
-bool ioPacketFileAsciiBuffer::readChunkValid() { return chunkHasData_; }
+bool ioPacketFileAsciiBuffer::readChunkValid() { return !chunkHasData_.empty() && chunkHasData_.back(); }
 
 void ioPacketFileAsciiBuffer::readChunkEnd(ioReadContext & context) {
-    chunkHasData_ = false;
+    chunkHasData_.back() = false;
     int depth = 0;
     while (at_ != end_) {
         switch (*at_) {
@@ -190,18 +214,20 @@ void ioPacketFileAsciiBuffer::readChunkEnd(ioReadContext & context) {
 }
 
 void ioPacketFileAsciiBuffer::readSubPacketStart(ioReadContext & context) {
-    chunkHasData_ = false;
+    chunkHasData_.append(false);
     if (absentLevels_ == 0 && startsWith(ioAsciiSubPacketStart)) {
         stepOver(sizeof ioAsciiSubPacketStart - 1);
         return;
     }
-    if (absentLevels_ == 0 && (at_ == end_ || (*at_ != ']' && *at_ != '>'))) {
+    bool const endsHere = at_ != end_ && (*at_ == ']' || *at_ == '>');
+    if (absentLevels_ == 0 && !(endsHere && isRegularEndAt(level() - 1))) {
         context.badPacket();
     }
     ++absentLevels_;
 }
 
 void ioPacketFileAsciiBuffer::readSubPacketEnd(ioReadContext & context) {
+    chunkHasData_.eraseBack();
     if (absentLevels_ > 0) {
         --absentLevels_;
         return;

@@ -3,6 +3,7 @@
 #ifndef ioPacketFileAsciiBuffer_h
 #define ioPacketFileAsciiBuffer_h
 
+#include "Base/Containers/qvVector.h"
 #include "Base/DataFiles/Internal/ioPacketBytes.h"
 #include "Base/DataFiles/Internal/ioPacketFileBuffer.h"
 
@@ -34,13 +35,16 @@ public:
     char const * end() const { return end_; }
     // Goes to the place, which lies in that text.
     void moveTo(char const * place) { at_ = place; }
+    // Goes behind the next blank, or to the end of the chunk or container when that comes first.
+    void skipBehindBlank();
     // No further field of the chunk or container stands at the position.
     bool atFieldEnd() const;
     // Asked at a field end: whether that is a regular one, behind which a newer reader looks for fields that the
-    // file's writer did not know, and not the end of the whole packet.
-    bool isRegularEnd() const { return absentLevels_ > 0 || at_ != end_; }
+    // file's writer did not know, and not the end of the whole packet or a bracket that belongs to nothing.
+    bool isRegularEnd() const { return isRegularEndAt(level()); }
 
 private:
+    bool isRegularEndAt(int level) const;
     template <std::size_t size>
     bool startsWith(char const (&text)[size]) const;
     bool loadText(ioBufferedStreamInput & stream);
@@ -50,8 +54,8 @@ private:
     ioPacketBytes bytes_;
     char const * at_ = nullptr;
     char const * end_ = nullptr;
-    bool chunkHasData_ = false;
-    int absentLevels_ = 0; // innermost sub-packets that the client asked for and the text has not
+    qv::vector<bool> chunkHasData_; // by level
+    int absentLevels_ = 0;          // innermost sub-packets that the client asked for and the text has not
 };
 
 #endif

@@ -65,6 +65,9 @@ void ioPacketFileBinaryBuffer::writeSubPacketEnd(ioWriteContext & context) {
 
 void ioPacketFileBinaryBuffer::endWrite(ioWriteContext &, ioBufferedStreamOutput & stream) {
     nesting_.clear();
+    if (bytes_.overflowed()) {
+        fail();
+    }
     std::int32_t const size = bytes_.size() - static_cast<int>(sizeof(Frame)) + trailerSize_;
     std::memcpy(bytes_.begin() + offsetof(Frame, size), &size, sizeof size);
     if (valid()) {
@@ -100,6 +103,7 @@ int ioPacketFileBinaryBuffer::readFromStream(ioReadContext & context, ioBuffered
     int const flag = binary.readStreamInt(stream);
     int const size = binary.readStreamInt(stream);
     setType(nullptr);
+    readingFrame_ = false;
     at_ = limit_ = body_ = bytes_.begin();
     if (id < 0 || size < 0) {
         return 0;

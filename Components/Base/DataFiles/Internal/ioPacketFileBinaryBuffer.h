@@ -28,7 +28,8 @@ public:
     void readSubPacketStart(ioReadContext & context) override;
     void readSubPacketEnd(ioReadContext & context) override;
 
-    // Bytes of the caller's own that endWrite sends behind those of the packet, as its last field.
+    // Bytes of the caller's own that endWrite sends behind those of the packet, as its last field. No more than a
+    // parcel holds.
     void setTrailer(void const * bytes, std::size_t count) {
         trailer_ = static_cast<char const *>(bytes);
         trailerSize_ = static_cast<int>(count);

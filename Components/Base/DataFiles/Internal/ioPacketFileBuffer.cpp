@@ -18,6 +18,7 @@ void ioPacketFileBuffer::reset() {
     chunkOpen_[0] = false;
     type_ = nullptr;
     valid_ = true;
+    failed_ = false;
 }
 
 void ioPacketFileBuffer::enterLevel() {

@@ -43,10 +43,17 @@ public:
     int level() const { return level_; }
     void enterLevel();
     void leaveLevel() { --level_; }
-    bool chunkOpen() const { return chunkOpen_[level_]; }
+    bool chunkOpen() const { return chunkOpenAt(level_); }
+    bool chunkOpenAt(int level) const { return chunkOpen_[level]; }
     void setChunkOpen(bool open) { chunkOpen_[level_] = open; }
     bool valid() const { return valid_; }
     void invalidate() { valid_ = false; }
+    // The packet outgrew what its sizes can tell, and has been given up.
+    bool failed() const { return failed_; }
+    void fail() {
+        failed_ = true;
+        valid_ = false;
+    }
     ioPacketType const * type() const { return type_; }
     void setType(ioPacketType const * type) { type_ = type; }
 
@@ -58,6 +65,7 @@ private:
     int capacity_;
     int level_;
     bool valid_;
+    bool failed_ = false;
     ioPacketType const * type_;
 };
 

@@ -27,20 +27,22 @@ void ioReadContextAscii::missingField() {
     }
 }
 
+// The position moves behind the blank that follows the number, or what stands in a number's place.
 template <auto parse>
 auto ioReadContextAscii::takeNumber() {
-    char const * at = buffer_->at();
-    char const * const end = buffer_->end();
-    decltype(parse(at, end, &at)) value = 0;
+    char const * const begin = buffer_->at();
+    char const * at = begin;
+    decltype(parse(at, at, &at)) value = 0;
     if (buffer_->atFieldEnd()) [[unlikely]] {
         missingField();
         return value;
     }
-    value = parse(at, end, &at);
-    while (at != end && *at != ' ' && !ioIsEscaped(*at)) {
-        ++at;
+    value = parse(begin, buffer_->end(), &at);
+    if (at == begin) [[unlikely]] {
+        at = std::find_if_not(begin, buffer_->end(), ioNumberText::isWhite);
     }
-    buffer_->moveTo(at != end && *at == ' ' ? at + 1 : at);
+    buffer_->moveTo(at);
+    buffer_->skipBehindBlank();
     return value;
 }
 

@@ -3,6 +3,7 @@
 #include "Base/Containers/qvVector.h"
 #include "Base/DataFiles/ioPacketType.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 #include <stdexcept>
@@ -26,6 +27,17 @@ ioReferenceMapImpl::ioReferenceMapImpl() : waitingNodes_(sizeof(ioWaitingLocatio
 
 ioReferenceMapImpl::~ioReferenceMapImpl() = default;
 
+ioPointerTable & ioReferenceMapImpl::pointers() {
+    if (noting_) [[unlikely]] {
+        for (Entry const & entry : noted_) {
+            pointers_.set(entry.pointer, entry.reference);
+        }
+        noting_ = false;
+        noted_ = qv::vector<Entry>();
+    }
+    return pointers_;
+}
+
 int ioReferenceMapImpl::newReference(void const * pointer) {
     // A map that is shared with a reader may hold numbers ahead of those given out here.
     do {
@@ -43,7 +55,11 @@ void ioReferenceMapImpl::setDefinition(int reference, void const * pointer, bool
         return;
     }
     ioReferenceRecord & record = table_.touch(reference);
-    pointers_.set(pointer, reference);
+    if (noting_) {
+        noted_.append(Entry{pointer, reference});
+    } else {
+        pointers_.set(pointer, reference);
+    }
     record.pointer = const_cast<void *>(pointer);
     record.alias = alias;
 }
@@ -52,7 +68,7 @@ int ioReferenceMapImpl::getReference(void const * pointer) {
     if (!pointer) {
         return 0;
     }
-    int const reference = pointers_.find(pointer);
+    int const reference = pointers().find(pointer);
     if (reference == 0 || (numUndefined_ > 0 && !table_.find(reference)->valid)) {
         return -1;
     }
@@ -74,6 +90,9 @@ void ioReferenceMapImpl::markDefined(int reference, ioPacketType const * type) {
         return;
     }
     ioReferenceRecord & record = table_.touch(reference);
+    if (record.uses == 0 && !record.defined) {
+        open_.append(reference);
+    }
     record.defined = true;
     record.definingType = type;
     while (ioWaitingLocation * const node = record.waiting) {
@@ -101,7 +120,7 @@ void ioReferenceMapImpl::undefine(int reference) {
 
 void ioReferenceMapImpl::undefine(void const * pointer) {
     if (pointer) {
-        undefine(pointers_.find(pointer));
+        undefine(pointers().find(pointer));
     }
 }
 
@@ -115,6 +134,9 @@ void ioReferenceMapImpl::resolve(int reference, void ** location, ioPacketType c
     if (record.defined) {
         fill(location, record.pointer);
         return;
+    }
+    if (!record.waiting) {
+        open_.append(reference);
     }
     record.waiting = new (waitingNodes_.alloc()) ioWaitingLocation{record.waiting, location, type, clientValue};
 }
@@ -136,19 +158,30 @@ void ioReferenceMapImpl::reportWaiting(int reference, ioClientReadContext & clie
     }
 }
 
+void ioReferenceMapImpl::report(int reference, ioClientReadContext & client) {
+    if (table_.find(reference)->valid && table_.find(reference)->waiting) {
+        reportWaiting(reference, client);
+    }
+    ioReferenceRecord const & record = *table_.find(reference);
+    if (record.valid && record.defined && record.uses == 0 && record.definingType) {
+        const_cast<ioPacketType *>(record.definingType)->handleUnreferencedMemory(client, record.pointer);
+    }
+}
+
+// What stays open is reported again behind the next file that is read with this map, so it stays in the list.
 void ioReferenceMapImpl::resolveRemaining(ioClientReadContext & client) {
-    table_.forEachTouched([&](int reference, ioReferenceRecord const & found) {
-        if (!found.valid) {
-            return;
-        }
-        if (found.waiting) {
-            reportWaiting(reference, client);
-        }
+    qv::vector<int> numbers;
+    numbers.swap(open_);
+    std::sort(numbers.begin(), numbers.end());
+    int previous = 0;
+    for (int const reference : numbers) {
         ioReferenceRecord const & record = *table_.find(reference);
-        if (record.valid && record.defined && record.uses == 0 && record.definingType) {
-            const_cast<ioPacketType *>(record.definingType)->handleUnreferencedMemory(client, record.pointer);
+        if (reference != previous && record.valid && (record.waiting || record.uses == 0)) {
+            open_.append(reference);
+            report(reference, client);
         }
-    });
+        previous = reference;
+    }
 }
 
 void ioReferenceMapImpl::reportUnresolved(ioPacketType * type, void (*function)(void *, int)) {

@@ -31,11 +31,25 @@ protected:
     ~ioReferenceMapImpl() override;
 
 private:
-    void reportWaiting(int reference, ioClientReadContext & client);
+    struct Entry {
+        void const * pointer;
+        int reference;
+    };
 
+    void report(int reference, ioClientReadContext & client);
+    void reportWaiting(int reference, ioClientReadContext & client);
+    ioPointerTable & pointers();
+
+    // A reader hardly ever asks for the number of a pointer, so what it defines is only noted down. The first such
+    // question, which a writer asks at once, enters it all into the table.
+    qv::vector<Entry> noted_;
+    bool noting_ = true;
     ioPointerTable pointers_;
     ioReferenceTable table_;
     qv::BlockAllocator waitingNodes_;
+    // Numbers that may have something to report: they began to wait, or were defined before any use. In no order, and
+    // some of them twice.
+    qv::vector<int> open_;
     int next_ = 0;
     int numUndefined_ = 0;
 };

@@ -67,5 +67,4 @@ void ioReferenceTable::sortedSparse(qv::vector<int> & numbers) const {
     for (auto const & entry : sparse_) {
         numbers.append(entry.first);
     }
-    std::sort(numbers.begin(), numbers.end());
 }

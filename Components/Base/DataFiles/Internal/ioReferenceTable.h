@@ -4,9 +4,8 @@
 #ifndef ioReferenceTable_h
 #define ioReferenceTable_h
 
+#include "Base/Containers/qvMap.h"
 #include "Base/Containers/qvVector.h"
-
-#include <unordered_map>
 
 class ioPacketType;
 
@@ -74,7 +73,7 @@ private:
     static constexpr int recordsInBlock = 2083;
     // The dense table reaches this far, and further by so many numbers for each that is in use.
     static constexpr int freeReach = 65536;
-    static constexpr int reachPerTouched = 16;
+    static constexpr int reachPerTouched = 2;
 
     ioReferenceRecord & dense(int reference) const {
         return blocks_[reference / recordsInBlock][reference % recordsInBlock];
@@ -88,7 +87,7 @@ private:
     int count_ = 0;
     int highest_ = 0;
     int numTouched_ = 0;
-    std::unordered_map<int, ioReferenceRecord> sparse_;
+    qv::map<int, ioReferenceRecord> sparse_; // ordered: no choice of numbers makes it slow
 };
 
 template <typename Function>

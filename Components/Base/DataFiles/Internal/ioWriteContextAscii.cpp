@@ -20,7 +20,7 @@ void ioWriteContextAscii::setBuffer(ioPacketFileBuffer * buffer) {
 ioHeader ioWriteContextAscii::getHeader() const { return ioHeader(ioWriteAscii); }
 
 void ioWriteContextAscii::refuse() {
-    buffer_->invalidate();
+    buffer_->fail();
     setStatus(ioFailed);
 }
 

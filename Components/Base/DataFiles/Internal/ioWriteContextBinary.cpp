@@ -25,7 +25,7 @@ ioHeader ioWriteContextBinary::getHeader() const { return ioHeader(ioWriteBinary
 
 inline void ioWriteContextBinary::put(void const * bytes, std::size_t count) {
     if (!buffer_->put(bytes, count)) [[unlikely]] {
-        buffer_->invalidate();
+        buffer_->fail();
         setStatus(ioFailed);
     }
 }

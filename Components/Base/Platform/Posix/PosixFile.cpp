@@ -62,6 +62,9 @@ void waitUntilReady(Descriptor descriptor, short events) {
 
 FileResult openAs(qvString::IString const & name, int flags, Descriptor & descriptor) {
     auto const path = systemName(name);
+    if (name.find(L'\0', 0) != qvString::IString::npos) {
+        return outcomeOf(ENOENT); // the system would take the part in front of the zero
+    }
     int number = 0;
     descriptor = repeated([&] { return ::open(path.get(), flags | O_CLOEXEC, 0600); }, number);
     return outcomeOf(number);

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstring>
 #include <new>
+#include <string>
 
 namespace qvString::formatting {
 
@@ -45,7 +46,7 @@ bool isLetter(Specification const & spec, char lowerCase) {
 
 void NumberText::setInteger(Specification const & spec, std::uint64_t magnitude, bool isNegative) {
     char * const end = buffer_ + sizeof buffer_;
-    char * start = end;
+    char * start;
     char const * const alphabet = spec.letter == 'X' ? "0123456789ABCDEF" : "0123456789abcdef";
     sign_ = buffer_;
     signLength_ = 0;
@@ -83,23 +84,27 @@ void NumberText::setInteger(Specification const & spec, std::uint64_t magnitude,
 // Lets the runtime write a number without its width, with the flags that are left to it.
 template <class Value>
 bool NumberText::writeByRuntime(Specification const & spec, char const * sizeAndLetter, Value value) {
-    char format[16] = "%";
-    std::strcat(format, spec.plus ? "+" : "");
-    std::strcat(format, spec.blank ? " " : "");
-    std::strcat(format, spec.alternate ? "#" : "");
-    std::strcat(format, spec.grouped ? "'" : "");
-    std::strcat(format, ".*");
-    std::strcat(format, sizeAndLetter);
+    std::string format = "%"; // short enough to need no memory
+    if (spec.plus)
+        format += '+';
+    if (spec.blank)
+        format += ' ';
+    if (spec.alternate)
+        format += '#';
+    if (spec.grouped)
+        format += '\'';
+    format += ".*";
+    format += sizeAndLetter;
 
     char * text = buffer_;
-    int const size = std::snprintf(buffer_, sizeof buffer_, format, spec.precision, value);
+    int const size = std::snprintf(buffer_, sizeof buffer_, format.c_str(), spec.precision, value);
     if (size < 0)
         return false;
     std::size_t const length = static_cast<std::size_t>(size);
     if (length >= sizeof buffer_) {
         large_.reset(new (std::nothrow) char[length + 1]);
         text = large_.get();
-        if (text == nullptr || std::snprintf(text, length + 1, format, spec.precision, value) != size)
+        if (text == nullptr || std::snprintf(text, length + 1, format.c_str(), spec.precision, value) != size)
             return false;
     }
     splitFloating(spec, text, length);

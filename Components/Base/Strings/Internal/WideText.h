@@ -8,6 +8,7 @@
 
 #include <compare>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <ios>
 #include <string>
@@ -39,7 +40,18 @@ struct WideTraits {
         return n;
     }
     static wchar_t const * find(wchar_t const * text, std::size_t n, wchar_t const & c) {
-        for (std::size_t i = 0; i < n; ++i)
+        // Four at a time: the lane of a word that is 0 borrows when 1 is taken from it.
+        constexpr std::uint64_t ones = 0x0001000100010001;
+        std::uint64_t const wanted = c * ones;
+        std::size_t i = 0;
+        for (; i + 4 <= n; i += 4) {
+            std::uint64_t word;
+            std::memcpy(&word, text + i, sizeof word);
+            word ^= wanted;
+            if (((word - ones) & ~word & 0x8000 * ones) != 0)
+                break;
+        }
+        for (; i < n; ++i)
             if (text[i] == c)
                 return text + i;
         return nullptr;
