@@ -7,6 +7,7 @@
 
 #include <charconv>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -192,7 +193,7 @@ private:
         std::string_view const number = takeToken();
         bool const wellFormed = type.kind == FieldKind::real ? isReal(number) : isInteger(number);
         if (!wellFormed) {
-            fail(begin, std::string("what stands behind the tag of a field is not a ") + type.name);
+            fail(begin, std::string("what stands behind the tag of a field is no ") + type.name);
         }
         if (type.kind == FieldKind::integer && !fits(type, number)) {
             fail(begin, "a number does not fit a field of type " + std::string(type.name));

@@ -8,6 +8,7 @@
 #include <bit>
 #include <charconv>
 #include <string>
+#include <utility>
 
 namespace {
 

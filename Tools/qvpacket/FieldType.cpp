@@ -1,7 +1,6 @@
 #include "FieldType.h"
 
 #include <array>
-#include <iterator>
 #include <limits>
 
 namespace {

@@ -8,7 +8,8 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
-#include <limits>
+#include <iterator>
+#include <string>
 
 namespace {
 

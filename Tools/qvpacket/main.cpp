@@ -3,8 +3,8 @@
 #include "Commands.h"
 #include "Fault.h"
 
+#include <algorithm>
 #include <cstdio>
-#include <cstring>
 #include <memory>
 #include <new>
 #include <optional>
