@@ -7,6 +7,7 @@
 #include <climits>
 #include <cmath>
 #include <cstdarg>
+#include <iterator>
 #include <limits>
 #include <string>
 #include <system_error>
@@ -123,6 +124,16 @@ private:
     std::string_view rest_;
 };
 
+// The statements of the format that a document of this kind has no place for.
+static bool isOtherStatement(std::string_view keyword) {
+    static constexpr std::string_view keywords[] = {
+        "bevel",  "bmat",  "bsp",  "bzp",       "c_interp", "call",   "cdc", "cdp",  "con",        "cstype",
+        "csh",    "ctech", "curv", "curv2",     "d_interp", "deg",    "end", "hole", "l",          "lod",
+        "maplib", "mg",    "p",    "param",     "parm",     "res",    "s",   "scrv", "shadow_obj", "sp",
+        "step",   "stech", "surf", "trace_obj", "trim",     "usemap", "vp"};
+    return std::find(std::begin(keywords), std::end(keywords), keyword) != std::end(keywords);
+}
+
 bool ObjReader::read(ioBufferedStreamInput & stream) {
     Lines lines(stream);
     std::string statement;
@@ -159,8 +170,10 @@ void ObjReader::readStatement(std::string_view text) {
         beginMaterial(name);
     else if (keyword == "mtllib")
         document_.materialLibraries.append(qvString::CString(name));
-    else
+    else if (isOtherStatement(keyword))
         ++skipped_;
+    else
+        fail("'%s' begins no statement of an OBJ file", shown(keyword).c_str());
 }
 
 // ---- Numbers

@@ -16,10 +16,10 @@ class ioBufferedStreamInput;
 
 namespace mesh {
 
-// Takes `v`, `vt`, `vn`, `f`, `o`, `g`, `usemtl` and `mtllib`; other statements are counted and skipped. Each `o`
-// begins a mesh. A group is all faces of one mesh under the same names behind `g`; faces in front of the first `o` or
-// `g` are in a mesh without a name, or a group named "default". Objects and groups without faces are kept when the file
-// names them.
+// Takes `v`, `vt`, `vn`, `f`, `o`, `g`, `usemtl` and `mtllib`; the format's other statements are counted and skipped,
+// and anything else is wrong. Each `o` begins a mesh. A group is all faces of one mesh under the same names behind `g`;
+// faces in front of the first `o` or `g` are in a mesh without a name, or a group named "default". Objects and groups
+// without faces are kept when the file names them.
 //
 // A line ends with a line feed, in front of which a carriage return may stand; a backslash at its end joins the next
 // one to it, except in a comment. Whatever the file holds, memory stays in proportion to it.

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <initializer_list>
 #include <iterator>
+#include <limits>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -272,3 +273,28 @@ using HashContainers =
 INSTANTIATE_TYPED_TEST_SUITE_P(Hash, Associative, HashContainers);
 
 } // namespace qvTest
+
+// A load factor above 1 asks a small table for no bucket at all.
+TEST(HashMap, NewTablesTakeElementsAtAnyLoadFactor) {
+    for (float const factor : {1.5F, 2.0F, 100.0F, std::numeric_limits<float>::infinity()}) {
+        qv::hash_map<int, int> map;
+        map.max_load_factor(factor);
+        for (int i = 0; i < 20; ++i)
+            map[i] = -i;
+        qv::hash_map<int, int> const copied = map;
+        qv::hash_map<int, int> assigned;
+        assigned = map;
+        for (int i = 0; i < 20; ++i) {
+            EXPECT_EQ(map.at(i), -i);
+            EXPECT_EQ(copied.at(i), -i);
+            EXPECT_EQ(assigned.at(i), -i);
+        }
+        qv::hash_map<int, int> one;
+        one[1] = 2;
+        one.max_load_factor(factor);
+        EXPECT_EQ((qv::hash_map<int, int>(one).at(1)), 2);
+        one.reserve(-5);
+        one.rehash(0);
+        EXPECT_EQ(one.size(), 1);
+    }
+}

@@ -448,3 +448,20 @@ TEST(VectorImpl, OperationsWithFunctionsAndPointers) {
     auto const * const stored = static_cast<void const * const *>(p.data());
     EXPECT_TRUE(stored[0] == &seven && stored[1] == wide && stored[20] == wide + 1);
 }
+
+// The source is a vector that lies in an element of the one that changes.
+TEST(Vector, TakesFromVectorsInItsOwnElements) {
+    for (int children = 1; children < 40; ++children) {
+        Tree tree;
+        for (int i = 0; i < children; ++i)
+            tree.children.append(Tree());
+        for (int i = 0; i < 3; ++i)
+            tree.children[0].children.append(Tree());
+        Tree const before = tree;
+        tree.children.append(tree.children[0].children);
+        ASSERT_EQ(tree.children.size(), children + 3);
+        EXPECT_TRUE(tree.children[0] == before.children[0]);
+        tree.children = tree.children[0].children;
+        EXPECT_TRUE(tree.children == before.children[0].children);
+    }
+}

@@ -120,7 +120,7 @@ TEST(ObjReader, LongLines) {
     constexpr int corners = 1'000'000;
     for (int i = 0; i < corners; ++i)
         text += i % 3 == 0 ? " \\\n 1" : " -1";
-    text.append("\no ").append(3'000'000, 'n').append("\n").append(3'000'000, '\\').append("\n");
+    text.append("\no ").append(3'000'000, 'n').append("\n").append("s ").append(3'000'000, '\\').append("\n");
     text.append(1'000'000, ' ').append("f 1 1 1 1\n");
     Document document;
     meshTest::expectObj(text, document);

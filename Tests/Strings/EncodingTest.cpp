@@ -330,6 +330,10 @@ TEST(Multibyte, ConvertsInAnEncodingOfSeveralBytes) {
 
     Units units(4, u'#');
     EXPECT_EQ(getMultiByteStringSize(wide(units), "ab\xF0\x9F\x98\x80", 3), 2U);
+    // What lies behind the end of the room is not looked at.
+    EXPECT_EQ(getMultiByteStringSize(wide(units), "ab\xFF", 2), 2U);
+    EXPECT_EQ(getMultiByteStringSize(wide(units), "\xFF", 0), 0U);
+    EXPECT_EQ(getMultiByteStringSize(wide(units), "ab\xFF", 3), static_cast<unsigned>(-1));
     EXPECT_EQ(units, u"ab##");
 }
 

@@ -229,8 +229,13 @@ void HashTableImpl::max_load_factor(float factor) {
 }
 
 void HashTableImpl::rehash(int n) {
+    if (n <= 0)
+        return;
     double const exact = double(n) / double(maxLoadFactor_);
-    int const needed = exact < double(max_bucket_count()) ? int(exact) : max_bucket_count();
+    int needed = exact < double(max_bucket_count()) ? int(exact) : max_bucket_count();
+    // A load factor above 1 can ask for no bucket at all, but an element has to hang somewhere.
+    if (buckets_.size() == 0 && needed == 0)
+        needed = 1;
     if (needed <= buckets_.size())
         return;
     int const size = *std::lower_bound(std::begin(primes), std::end(primes) - 1, needed);
@@ -254,7 +259,7 @@ void HashTableImpl::rehash(int n) {
 void HashTableImpl::deriveLimits() noexcept {
     unsigned const n = unsigned(buckets_.size());
     reciprocal_ = n ? std::numeric_limits<std::uint64_t>::max() / n + 1 : 0;
-    double const room = double(n) * double(maxLoadFactor_);
+    double const room = n ? double(n) * double(maxLoadFactor_) : 0; // the factor may be infinite
     growAt_ = room < double(std::numeric_limits<int>::max()) ? int(room) : std::numeric_limits<int>::max();
 }
 

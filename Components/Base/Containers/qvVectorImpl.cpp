@@ -112,7 +112,9 @@ void VectorImpl::destroy(int index, int n) noexcept {
 
 void VectorImpl::initialize(VectorImpl const & other) {
     initialize(other.typeUtil_);
+    detail::Rollback freeAgain([this] { freeStorage(); });
     append(other);
+    freeAgain.release();
 }
 
 void VectorImpl::initialize(int n, void (*constructRange)(void *, int), TypeUtil const * typeUtil) {
@@ -313,11 +315,14 @@ void VectorImpl::insert(void * pos, void const * first, void const * last, int (
 }
 
 void VectorImpl::append(VectorImpl const & other) {
-    int const n = other.size_; // read before the sizes change: the other may be this one
+    // Read before anything moves: the other may be this one, or lie in an element of this one.
+    int const n = other.size_;
+    bool const isThis = this == &other;
+    void const * const source = other.data_;
     setCapacity(detail::addCounts(size_, n));
     if (n == 0)
         return;
-    typeUtil_->copyConstructRange(at(size_), other.data_, n);
+    typeUtil_->copyConstructRange(at(size_), isThis ? data_ : source, n);
     size_ += n;
 }
 
@@ -345,8 +350,10 @@ void VectorImpl::assign(void const * first, void const * last, int (*distance)(v
 void VectorImpl::copy(VectorImpl const & other) {
     if (this == &other)
         return;
-    clear();
-    append(other);
+    // The old elements go last: the other may lie in one of them.
+    VectorImpl copied(typeUtil_);
+    copied.append(other);
+    swap(copied);
 }
 
 // Removal

@@ -45,6 +45,8 @@ std::size_t convertStrictly(char const * src, wchar_t * dst, std::size_t cap) {
     MultibyteKind const kind = qvPlatform::multibyteKind();
     std::size_t count = 0;
     for (;;) {
+        if (dst != nullptr && count == cap)
+            return count;
         char32_t value;
         int const taken = decodeMultibyte(kind, src, SIZE_MAX, value);
         if (taken < 0)

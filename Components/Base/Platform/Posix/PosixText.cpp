@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <cuchar>
+#include <cwchar>
 
 #include <langinfo.h>
 
@@ -22,10 +23,11 @@ MultibyteKind multibyteKind() {
 }
 
 int decodeMultibyte(char const * text, std::size_t length, char32_t & value) {
-    // No encoding of this system's locales has shift states, so every character starts afresh.
+    // Every character starts afresh. A few encodings want to see what follows before they give a character, or give
+    // two for one: what they hold back would be lost here, so such a character counts as one that does not convert.
     std::mbstate_t state{};
     std::size_t const taken = std::mbrtoc32(&value, text, length, &state);
-    if (taken > length || value > 0x10FFFF || (value & 0xFFFFF800) == 0xD800)
+    if (taken > length || value > 0x10FFFF || (value & 0xFFFFF800) == 0xD800 || !std::mbsinit(&state))
         return -1;
     return static_cast<int>(taken);
 }
@@ -38,7 +40,8 @@ int encodeMultibyte(char32_t value, char (&bytes)[maxMultibyteSize]) {
         return -1;
     std::mbstate_t state{};
     std::size_t const written = std::c32rtomb(bytes, value, &state);
-    return written > maxMultibyteSize ? -1 : static_cast<int>(written);
+    bool const isHeldBack = written == 0 && value != 0;
+    return written > maxMultibyteSize || isHeldBack ? -1 : static_cast<int>(written);
 }
 
 int collate(char const * left, char const * right) { return std::strcoll(left, right); }
