@@ -76,7 +76,7 @@ void ioPacketString::read(ioClientReadContext & client) {
     char const * const text = context.readCString();
     if (!text) {
         context.badPacket();
-    } else if (context.getPacketReference() > 0) { // otherwise nobody could ever take the copy
+    } else if (!context.isPacketBad() && context.getPacketReference() > 0) { // or nobody could ever take the copy
         context.definePacketReference(mallocCopy(text));
     }
 }

@@ -112,6 +112,8 @@ public:
 
     // Marks the current packet as bad, for clients who find values in it that cannot be.
     void badPacket();
+    // Whether the current packet has been found bad so far, by a field that is not there or by badPacket.
+    bool isPacketBad() const { return bad_; }
 
     // Ends the chunk that is open at this level and moves to the next one; chunkHasData tells whether it is there.
     void nextChunk();
