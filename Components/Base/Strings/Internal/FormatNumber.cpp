@@ -38,13 +38,13 @@ char * writeBits(std::uint64_t value, unsigned bitsPerDigit, char const * alphab
     return end;
 }
 
-bool isLetter(Specification const & spec, char lowerCase) {
+bool isLetter(FormatItem const & spec, char lowerCase) {
     return (spec.letter | 0x20U) == static_cast<unsigned char>(lowerCase);
 }
 
 } // namespace
 
-void NumberText::setInteger(Specification const & spec, std::uint64_t magnitude, bool isNegative) {
+void NumberText::setInteger(FormatItem const & spec, std::uint64_t magnitude, bool isNegative) {
     char * const end = buffer_ + sizeof buffer_;
     char * start;
     char const * const alphabet = spec.letter == 'X' ? "0123456789ABCDEF" : "0123456789abcdef";
@@ -83,7 +83,7 @@ void NumberText::setInteger(Specification const & spec, std::uint64_t magnitude,
 
 // Lets the runtime write a number without its width, with the flags that are left to it.
 template <class Value>
-bool NumberText::writeByRuntime(Specification const & spec, char const * sizeAndLetter, Value value) {
+bool NumberText::writeByRuntime(FormatItem const & spec, char const * sizeAndLetter, Value value) {
     std::string format = "%"; // short enough to need no memory
     if (spec.plus)
         format += '+';
@@ -112,7 +112,7 @@ bool NumberText::writeByRuntime(Specification const & spec, char const * sizeAnd
 }
 
 // Zeros up to the width come behind the sign and the prefix, and only before digits.
-void NumberText::splitFloating(Specification const & spec, char const * text, std::size_t length) {
+void NumberText::splitFloating(FormatItem const & spec, char const * text, std::size_t length) {
     bool const hasSign = text[0] == '+' || text[0] == '-' || text[0] == ' ';
     bool const isFinite = isDecimal(codeOf(text[hasSign]));
     sign_ = text;
@@ -124,7 +124,7 @@ void NumberText::splitFloating(Specification const & spec, char const * text, st
 }
 
 // What the runtime writes in a locale whose decimal point is a dot, several times as fast.
-bool NumberText::writePlainly(Specification const & spec, double value) {
+bool NumberText::writePlainly(FormatItem const & spec, double value) {
     if (spec.alternate || spec.grouped || isLetter(spec, 'a') || !qvPlatform::decimalPointIsDot() ||
         std::fegetround() != FE_TONEAREST)
         return false;
@@ -144,18 +144,18 @@ bool NumberText::writePlainly(Specification const & spec, double value) {
     return true;
 }
 
-bool NumberText::setFloating(Specification const & spec, double value) {
+bool NumberText::setFloating(FormatItem const & spec, double value) {
     char const letter[] = {static_cast<char>(spec.letter), '\0'};
     return writePlainly(spec, value) || writeByRuntime(spec, letter, value);
 }
 
-bool NumberText::setFloating(Specification const & spec, long double value) {
+bool NumberText::setFloating(FormatItem const & spec, long double value) {
     char const letter[] = {'L', static_cast<char>(spec.letter), '\0'};
     return writeByRuntime(spec, letter, value);
 }
 
-bool NumberText::setGrouped(Specification const & spec, std::uint64_t magnitude, bool isNegative) {
-    Specification widthless = spec;
+bool NumberText::setGrouped(FormatItem const & spec, std::uint64_t magnitude, bool isNegative) {
+    FormatItem widthless = spec;
     widthless.zero = spec.zero && spec.precision < 0;
     if (spec.letter == 'u')
         return writeByRuntime(widthless, "ju", static_cast<std::uintmax_t>(magnitude));

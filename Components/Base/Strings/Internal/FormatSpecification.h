@@ -14,7 +14,7 @@ namespace qvString::formatting {
 enum class Size { Default, Char, Short, Long, LongLong, LongDouble };
 
 // One specification of a format, from its '%' to its letter.
-struct Specification {
+struct FormatItem {
     bool left = false;
     bool plus = false;
     bool blank = false;
@@ -64,7 +64,7 @@ bool readNumber(Char const *& at, int & number) {
 }
 
 template <class Char>
-void readFlags(Char const *& at, Specification & spec) {
+void readFlags(Char const *& at, FormatItem & spec) {
     int count = 0;
     for (;; ++at, ++count) {
         switch (codeOf(*at)) {
@@ -98,7 +98,7 @@ void readFlags(Char const *& at, Specification & spec) {
 }
 
 template <class Char>
-void readSize(Char const *& at, Specification & spec) {
+void readSize(Char const *& at, FormatItem & spec) {
     Char const * const start = at;
     switch (codeOf(*at)) {
     case 'h':
@@ -141,8 +141,8 @@ static_assert(sizeof(long) == sizeof(void *) && sizeof(long) == sizeof(std::size
 
 // Reads a specification behind its '%', its arguments for '*' included, and moves behind its letter.
 template <class Char>
-Specification readSpecification(Char const *& at, Arguments & args) {
-    Specification spec;
+FormatItem readSpecification(Char const *& at, Arguments & args) {
+    FormatItem spec;
     readFlags(at, spec);
     if (codeOf(*at) == '*') {
         ++at;

@@ -127,16 +127,16 @@ private:
     static constexpr bool isWide = sizeof(Char) != 1;
 
     Outcome one();
-    bool takesWideText(Specification const & spec) const;
-    void character(Specification const & spec);
-    void text(Specification const & spec);
-    bool integer(Specification const & spec);
-    bool floating(Specification const & spec);
-    void number(Specification const & spec, NumberText const & text);
+    bool takesWideText(FormatItem const & spec) const;
+    void character(FormatItem const & spec);
+    void text(FormatItem const & spec);
+    bool integer(FormatItem const & spec);
+    bool floating(FormatItem const & spec);
+    void number(FormatItem const & spec, NumberText const & text);
     template <class From>
-    void textOf(Specification const & spec, From const * source);
+    void textOf(FormatItem const & spec, From const * source);
     template <class From>
-    void converted(Specification const & spec, From const * source, std::size_t length, std::size_t limit = SIZE_MAX);
+    void converted(FormatItem const & spec, From const * source, std::size_t length, std::size_t limit = SIZE_MAX);
 
     template <class From>
     std::size_t plainRun(From const * source, std::size_t most);
@@ -186,7 +186,7 @@ Outcome Formatter<Char>::run() {
 template <class Char>
 Outcome Formatter<Char>::one() {
     Char const * const start = at_++;
-    Specification const spec = readSpecification(at_, args_);
+    FormatItem const spec = readSpecification(at_, args_);
     switch (spec.isWhole ? spec.letter : 0U) {
     case '%':
         // Behind this the exchange is out of step with the specifications.
@@ -270,7 +270,7 @@ std::uint64_t Formatter<Char>::unsignedArgument(Size size) {
 }
 
 template <class Char>
-bool Formatter<Char>::integer(Specification const & spec) {
+bool Formatter<Char>::integer(FormatItem const & spec) {
     std::uint64_t magnitude;
     bool isNegative = false;
     if (spec.letter == 'd' || spec.letter == 'i') {
@@ -291,7 +291,7 @@ bool Formatter<Char>::integer(Specification const & spec) {
 }
 
 template <class Char>
-bool Formatter<Char>::floating(Specification const & spec) {
+bool Formatter<Char>::floating(FormatItem const & spec) {
     NumberText text;
     bool const isWritten = spec.size == Size::LongDouble ? text.setFloating(spec, va_arg(args_.list, long double))
                                                          : text.setFloating(spec, va_arg(args_.list, double));
@@ -302,7 +302,7 @@ bool Formatter<Char>::floating(Specification const & spec) {
 
 // Puts a number with blanks up to the width on one side.
 template <class Char>
-void Formatter<Char>::number(Specification const & spec, NumberText const & text) {
+void Formatter<Char>::number(FormatItem const & spec, NumberText const & text) {
     auto const putBody = [&](auto & sink) {
         if constexpr (isWide)
             if (!text.isAscii())
@@ -341,7 +341,7 @@ std::size_t lengthUpTo(char const * text, std::size_t most) {
 }
 
 template <class Char>
-bool Formatter<Char>::takesWideText(Specification const & spec) const {
+bool Formatter<Char>::takesWideText(FormatItem const & spec) const {
     if (spec.size == Size::Short || spec.size == Size::Char)
         return false;
     if (spec.size != Size::Default)
@@ -352,7 +352,7 @@ bool Formatter<Char>::takesWideText(Specification const & spec) const {
 }
 
 template <class Char>
-void Formatter<Char>::character(Specification const & spec) {
+void Formatter<Char>::character(FormatItem const & spec) {
     int const argument = va_arg(args_.list, int);
     if (takesWideText(spec)) {
         wchar_t const unit = static_cast<wchar_t>(argument);
@@ -364,7 +364,7 @@ void Formatter<Char>::character(Specification const & spec) {
 }
 
 template <class Char>
-void Formatter<Char>::text(Specification const & spec) {
+void Formatter<Char>::text(FormatItem const & spec) {
     if (takesWideText(spec))
         textOf(spec, va_arg(args_.list, wchar_t const *));
     else
@@ -373,7 +373,7 @@ void Formatter<Char>::text(Specification const & spec) {
 
 template <class Char>
 template <class From>
-void Formatter<Char>::textOf(Specification const & spec, From const * source) {
+void Formatter<Char>::textOf(FormatItem const & spec, From const * source) {
     // A text that the precision cuts short need not be terminated: no more of it is read than is put.
     std::size_t const limit = spec.precision < 0 ? SIZE_MAX : static_cast<std::size_t>(spec.precision);
     if (source == nullptr)
@@ -388,8 +388,7 @@ void Formatter<Char>::textOf(Specification const & spec, From const * source) {
 // of the result.
 template <class Char>
 template <class From>
-void Formatter<Char>::converted(Specification const & spec, From const * source, std::size_t length,
-                                std::size_t limit) {
+void Formatter<Char>::converted(FormatItem const & spec, From const * source, std::size_t length, std::size_t limit) {
     auto const putInto = [&](auto & sink) {
         if constexpr (sizeof(From) == sizeof(Char))
             sink.copy(source, length);
