@@ -2,10 +2,21 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 #include <utility>
 
+namespace {
+
+// The system copies whole pages fastest.
+constexpr std::align_val_t storageAlignment{ioBuffer::blockSize};
+
+} // namespace
+
 ioBuffer::ioBuffer(ioBufferDirection direction, int storageSize)
-    : storage_(new char[static_cast<std::size_t>(storageSize)]), block_(storage_.get()), direction_(direction) {}
+    : storage_(static_cast<char *>(::operator new(static_cast<std::size_t>(storageSize), storageAlignment))),
+      block_(storage_.get()), direction_(direction) {}
+
+void ioBuffer::StorageDelete::operator()(char * storage) const { ::operator delete(storage, storageAlignment); }
 
 ioBuffer::~ioBuffer() {
     // Unrolled, so that a chain of any length goes without recursion.

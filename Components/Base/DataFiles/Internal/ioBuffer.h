@@ -104,8 +104,12 @@ protected:
     void countBlock(int count);
 
 private:
+    struct StorageDelete {
+        void operator()(char * storage) const;
+    };
+
     qvUtil::Error error_;
-    std::unique_ptr<char[]> storage_;
+    std::unique_ptr<char, StorageDelete> storage_;
     char * block_;
     int position_ = 0;
     int limit_ = 0;

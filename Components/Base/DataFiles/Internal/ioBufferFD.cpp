@@ -5,7 +5,7 @@
 
 namespace {
 
-constexpr int storageSize = 16 * ioBuffer::blockSize;
+constexpr int storageSize = 32 * ioBuffer::blockSize;
 
 constexpr int wholeBlocks(int count) { return count - count % ioBuffer::blockSize; }
 
@@ -108,17 +108,19 @@ void ioBufferFD::dropBlock() {
 }
 
 // Brings so many bytes behind the position into one piece of the storage. False when the data ends or fails before;
-// the next fill will meet that itself.
+// the next fill will meet that itself. What is held already is moved to the end of the storage's first block, so that
+// whole blocks are read into whole blocks.
 bool ioBufferFD::readAhead(int count) {
-    if (count > storageSize || !canSeek_ || !good()) {
+    if (count > storageSize - blockSize || !canSeek_ || !good()) {
         return false;
     }
     char const * const at = available();
-    auto const held = static_cast<std::size_t>(aheadEnd_ - at);
-    std::memmove(storage(), at, held);
-    setBlock(storage(), 0, numAvailable());
-    aheadEnd_ = storage() + held;
-    while (aheadEnd_ - storage() < count) {
+    int const held = static_cast<int>(aheadEnd_ - at);
+    char * const start = storage() + (blockSize - held % blockSize) % blockSize;
+    std::memmove(start, at, static_cast<std::size_t>(held));
+    setBlock(start, 0, numAvailable());
+    aheadEnd_ = start + held;
+    while (aheadEnd_ - start < count) {
         auto const room = static_cast<std::size_t>(storage() + storageSize - aheadEnd_);
         qvPlatform::MutablePiece const piece{aheadEnd_, room};
         auto const transfer = qvPlatform::readSome(descriptor_, {&piece, 1});
