@@ -35,7 +35,9 @@ bool ioBufferedStreamInput::fillTop() {
     if (top()->numAvailable() > 0) {
         return true;
     }
-    top()->fill();
+    do {
+        top()->fill();
+    } while (top()->numAvailable() == 0 && top()->good());
     promoteBufferStatus();
     return good() && top()->numAvailable() > 0;
 }
