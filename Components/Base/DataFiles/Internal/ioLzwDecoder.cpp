@@ -1,6 +1,7 @@
 #include "Base/DataFiles/Internal/ioLzwDecoder.h"
 
 #include "Base/DataFiles/Internal/ioBuffer.h"
+#include "Base/DataFiles/Internal/ioLittleEndian.h"
 
 #include <algorithm>
 #include <cstring>
@@ -10,18 +11,10 @@ namespace {
 
 constexpr int largestGroup = ioLzw::maxWidth;
 
-std::uint64_t wordAt(unsigned char const * bytes) {
-    std::uint64_t word = 0;
-    for (int i = 0; i < 8; ++i) {
-        word |= std::uint64_t{bytes[i]} << (8 * i);
-    }
-    return word;
-}
-
 // All eight codes of the group in 16 bytes, of which as many count as the width has bits.
 void unpackGroup(unsigned char const * bytes, int bits, std::uint16_t (&codes)[ioLzw::codesInGroup]) {
-    std::uint64_t const low = wordAt(bytes);
-    std::uint64_t const high = wordAt(bytes + 8);
+    std::uint64_t const low = ioLittleEndian::load(bytes);
+    std::uint64_t const high = ioLittleEndian::load(bytes + 8);
     int const split = 4 * bits;
     std::uint64_t const upper = split == 64 ? high : low >> split | high << (64 - split);
     std::uint64_t const mask = (std::uint64_t{1} << bits) - 1;
@@ -40,7 +33,7 @@ std::unique_ptr<ioLzwDecoder> ioLzwDecoder::make() {
 // Further strings are written before a code can stand for them.
 ioLzwDecoder::ioLzwDecoder() {
     for (int code = 0; code < 256; ++code) {
-        strings_[code] = {{static_cast<char>(code)}, 0, 1};
+        strings_[code] = {static_cast<std::uint64_t>(code), 0, 1};
     }
 }
 
@@ -124,25 +117,23 @@ void ioLzwDecoder::add(char last) {
     if (nextFree_ == ioLzw::codeLimit) {
         return;
     }
-    String string = strings_[oldCode_];
-    int const used = string.length % pieceSize;
-    if (used == 0) {
-        string.ancestor = static_cast<std::uint16_t>(oldCode_);
-    }
-    string.piece[used] = last;
-    ++string.length;
-    strings_[nextFree_++] = string;
+    String const & old = strings_[oldCode_];
+    int const used = old.length % pieceSize;
+    auto const byte = std::uint64_t{static_cast<unsigned char>(last)} << (8 * used);
+    auto const length = static_cast<std::uint16_t>(old.length + 1);
+    strings_[nextFree_++] =
+        used == 0 ? String{byte, static_cast<std::uint16_t>(oldCode_), length} : String{old.piece | byte, old.ancestor, length};
 }
 
 // Writes up to pieceSize - 1 bytes behind the string as well.
 void ioLzwDecoder::expand(String const & string, char * to) const {
     String const * part = &string;
     char * at = to + (string.length - 1) / pieceSize * pieceSize;
-    std::memcpy(at, part->piece, pieceSize);
+    ioLittleEndian::store(part->piece, at);
     while (at != to) {
         part = &strings_[part->ancestor];
         at -= pieceSize;
-        std::memcpy(at, part->piece, pieceSize);
+        ioLittleEndian::store(part->piece, at);
     }
 }
 

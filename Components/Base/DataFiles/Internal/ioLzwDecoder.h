@@ -37,7 +37,7 @@ private:
     // A string is that of its ancestor, which is a multiple of the pieces long, and one more piece of 1 to 8 bytes. So
     // strings are put together eight bytes at a time and not one.
     struct String {
-        char piece[pieceSize];
+        std::uint64_t piece; // the first byte lowest
         std::uint16_t ancestor;
         std::uint16_t length;
     };

@@ -1,5 +1,7 @@
 #include "Base/DataFiles/Internal/ioLzwEncoder.h"
 
+#include "Base/DataFiles/Internal/ioLittleEndian.h"
+
 #include <algorithm>
 #include <cstring>
 #include <limits>
@@ -29,10 +31,8 @@ void packGroup(std::uint16_t const (&codes)[ioLzw::codesInGroup], int bits, char
         low |= halves[1] << split;
         high = halves[1] >> (64 - split);
     }
-    for (int i = 0; i < 8; ++i) {
-        to[i] = static_cast<char>(low >> (8 * i));
-        to[8 + i] = static_cast<char>(high >> (8 * i));
-    }
+    ioLittleEndian::store(low, to);
+    ioLittleEndian::store(high, to + 8);
 }
 
 } // namespace
