@@ -5,9 +5,9 @@
 
 #include "Base/qvBaseConfig.h"
 
-// RC6 with 32-bit words and 20 rounds on blocks of 16 bytes, with a key expansion of the library's own; a block holds its
-// four words in the order A, B, C, D, in the machine's byte order. It hides data from a casual look. It is no protection where
-// data must be kept secret: blocks stand for themselves, and nothing tells when one was changed.
+// RC6 with 32-bit words and 20 rounds on blocks of 16 bytes, with a key expansion of the library's own; a block holds
+// its four words in the order A, B, C, D, in the machine's byte order. It hides data from a casual look. It is no
+// protection where data must be kept secret: blocks stand for themselves, and nothing tells when one was changed.
 //
 // The expansions give a table of 44 words in memory that all callers share: copy it at once, and do not expand two
 // keys at a time in two threads.

@@ -44,12 +44,20 @@ void ioBufferedStream::settle() const {
 
 void ioBufferedStream::openOn(ioBuffer * end) {
     status_ = ioStreamGood;
+    adopt(end);
+    if (!goodSoFar()) {
+        abandonChain();
+    }
+}
+
+void ioBufferedStream::adopt(ioBuffer * end) {
     top_ = end;
     promoteBufferStatus();
-    if (!goodSoFar()) {
-        delete top_;
-        top_ = nullptr;
-    }
+}
+
+void ioBufferedStream::abandonChain() {
+    delete top_;
+    top_ = nullptr;
 }
 
 bool ioBufferedStream::requireOpen() {
@@ -63,8 +71,7 @@ void ioBufferedStream::close() {
     if (top_) {
         top_->close();
         promoteBufferStatus();
-        delete top_;
-        top_ = nullptr;
+        abandonChain();
     }
 }
 

@@ -41,7 +41,8 @@ public:
     virtual void openFile(qvString::IString const & name) = 0;
     // Closes the chain from its top and deletes it. Nothing on a closed stream.
     virtual void close();
-    // Opens the stream on a socket, which stays the caller's. No build has sockets yet: ioStreamOpenFailed.
+    // Opens the stream on a socket, which stays the caller's. A null one sets ioStreamFailed. No build has sockets yet:
+    // ioStreamOpenFailed for any other.
     virtual void openSocket(qvTCP::Socket * socket) = 0;
 
     ioBufferedStream(ioBufferedStream const &) = delete;
@@ -100,6 +101,9 @@ protected:
     bool goodSoFar() const { return status_ == ioStreamGood; }
     // Makes the link the top of an empty chain; when its status is not good it is deleted and the stream is closed.
     void openOn(ioBuffer * end);
+    // The two halves of openOn, behind the reset of the status.
+    void adopt(ioBuffer * end);
+    void abandonChain();
     // False on a closed stream, with the status set for it.
     bool requireOpen();
     bool input() const { return input_; }

@@ -8,7 +8,6 @@ namespace {
 
 constexpr int headerSize = 10;
 
-
 void putBigEndian(std::uint32_t value, char * to) {
     for (int i = 0; i < 4; ++i) {
         to[i] = static_cast<char>(value >> (24 - 8 * i));
@@ -23,8 +22,8 @@ std::uint32_t getBigEndian(char const * from) {
     return value;
 }
 
-// Adds the 16-bit words of the bytes to a one's-complement sum. Such a sum is the rest of a division by 65535, with 65535
-// itself for every multiple but 0, so words may be added four at a time and the carries folded at the end.
+// Adds the 16-bit words of the bytes to a one's-complement sum. Such a sum is the rest of a division by 65535, with
+// 65535 itself for every multiple but 0, so words may be added four at a time and the carries folded at the end.
 std::uint16_t onesComplementSum(std::uint16_t sum, char const * bytes, std::size_t count) {
     constexpr std::size_t mostAtOnce = std::size_t{1} << 20;
     std::uint64_t total = sum;
@@ -150,8 +149,8 @@ int ioBufferChecksum::readFrame(char * bytes, int count) {
     return keeps ? serveKept(bytes, count) : got;
 }
 
-// Reads the frame behind a header that may lie about its size: memory is taken as the bytes come, and no more than twice
-// what has come. The number of bytes got.
+// Reads the frame behind a header that may lie about its size: memory is taken as the bytes come, and no more than
+// twice what has come. The number of bytes got.
 int ioBufferChecksum::keepFrame(int size) {
     constexpr int firstCapacity = 16 * blockSize;
     keptLength_ = 0;

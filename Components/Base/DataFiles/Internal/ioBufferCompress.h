@@ -11,9 +11,9 @@ class ioLzwDecoder;
 class ioLzwEncoder;
 
 // LZW; ioLzwFormat.h tells the format. Writing, only whole groups of codes go to the next link before the end; the end
-// code goes out by finish or close, of a stream without data too. Reading, the end code sets ioBufferCompressEnd and leaves
-// the next link at the byte behind the stream; whatever no writer makes, a missing end included, sets ioBufferFailed, and
-// so do tables that there is no memory for. The tables are made by the first byte.
+// code goes out by finish or close, of a stream without data too. Reading, the end code sets ioBufferCompressEnd and
+// leaves the next link at the byte behind the stream; whatever no writer makes, a missing end included, sets
+// ioBufferFailed, and so do tables that there is no memory for. The tables are made by the first byte.
 class ioBufferCompress : public ioBuffer {
 public:
     explicit ioBufferCompress(ioBufferDirection direction);

@@ -6,10 +6,10 @@
 #include "Base/DataFiles/Internal/ioBuffer.h"
 #include "Base/DataFiles/Internal/ioCipherBlocks.h"
 
-// The stream begins with a byte that tells the writer's byte order, 1 for little-endian and 0 for the other. Frames follow:
-// one byte with a length of up to 240, and so many bytes, of which the whole blocks of 16 are enciphered and the rest is in
-// the clear. Reading, an order mark of another value or a frame that is cut short sets ioBufferFailed; a stream without
-// any byte is at its end.
+// The stream begins with a byte that tells the writer's byte order, 1 for little-endian and 0 for the other. Frames
+// follow: one byte with a length of up to 240, and so many bytes, of which the whole blocks of 16 are enciphered and
+// the rest is in the clear. Reading, an order mark of another value or a frame that is cut short sets ioBufferFailed; a
+// stream without any byte is at its end.
 class ioBufferEncrypt : public ioBuffer {
 public:
     explicit ioBufferEncrypt(ioBufferDirection direction) : ioBuffer(direction) {}

@@ -121,8 +121,8 @@ void ioLzwDecoder::add(char last) {
     int const used = old.length % pieceSize;
     auto const byte = std::uint64_t{static_cast<unsigned char>(last)} << (8 * used);
     auto const length = static_cast<std::uint16_t>(old.length + 1);
-    strings_[nextFree_++] =
-        used == 0 ? String{byte, static_cast<std::uint16_t>(oldCode_), length} : String{old.piece | byte, old.ancestor, length};
+    strings_[nextFree_++] = used == 0 ? String{byte, static_cast<std::uint16_t>(oldCode_), length}
+                                      : String{old.piece | byte, old.ancestor, length};
 }
 
 // Writes up to pieceSize - 1 bytes behind the string as well.

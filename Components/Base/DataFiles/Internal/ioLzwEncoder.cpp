@@ -9,13 +9,16 @@
 
 namespace {
 
-// Where the list of a string begins: one home for each pair of these numbers, and with the home either gives the other.
-unsigned homeOf(unsigned parent, unsigned byte) { return byte << 8 ^ parent; }
+// Where the list of a string begins. With the home, either of the two gives the other. The last bit is there to make
+// the lists shorter.
+unsigned homeOf(unsigned parent, unsigned byte) { return (byte << 8 ^ parent) << 1 | (byte & 1); }
 
-unsigned byteOf(unsigned home, unsigned parent) { return (home ^ parent) >> 8; }
+unsigned byteOf(unsigned home, unsigned parent) { return (home >> 1 ^ parent) >> 8; }
 
-// What the slots of the defining table hold.
+// What the slots of the defining table hold, and the slot that is tried first.
 unsigned keyOf(unsigned parent, unsigned byte) { return byte << 16 | parent; }
+
+int slotOf(unsigned key) { return static_cast<int>((key >> 16) << 8 ^ (key & 0xFFFF)); }
 
 // Eight codes of one width in as many bytes as the width has bits, and what is left of 16 bytes behind them.
 void packGroup(std::uint16_t const (&codes)[ioLzw::codesInGroup], int bits, char * to) {
@@ -45,7 +48,7 @@ void ioLzwEncoder::Slots::clear() {
 }
 
 bool ioLzwEncoder::Slots::store(unsigned key) {
-    int slot = static_cast<int>(homeOf(key & 0xFFFF, key >> 16));
+    int slot = slotOf(key);
     if (isAboveZero(slot) || slot == zeroSlot_) {
         int const step = slot == 0 ? 1 : numSlots - slot;
         do {
@@ -148,7 +151,8 @@ void ioLzwEncoder::encode(char const * bytes, int count) {
     input_ = inputAtEnd;
 }
 
-// Strings that have ceased to fit the data are given up: when the ratio so far is no better than it was at the last test.
+// Strings that have ceased to fit the data are given up: when the ratio so far is no better than it was at the last
+// test.
 void ioLzwEncoder::testRatio(std::int64_t input) {
     constexpr std::int64_t largeInput = 0x800000;
     checkpoint_ = input + checkInterval;

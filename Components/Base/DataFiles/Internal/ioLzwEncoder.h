@@ -10,9 +10,9 @@
 
 // The bytes of the stream gather in output(), from where the caller takes them after each call.
 //
-// The strings seen are kept in lists that are reached by a hash of (string, next byte). Which strings are known, and with
-// it the stream, is defined by a table of another kind, of 69001 slots with double hashing: they agree but for one string,
-// see Slots.
+// The strings seen are kept in lists that are reached by a hash of (string, next byte). Which strings are known, and
+// with it the stream, is defined by a table of another kind, of 69001 slots with double hashing: they agree but for one
+// string, see Slots.
 class ioLzwEncoder {
 public:
     static constexpr int maxInput = 4096;
@@ -36,9 +36,9 @@ private:
         std::uint16_t next;
     };
 
-    // The slots of the defining table, without what is in them. A slot counts as free there when its key is not above 0,
-    // and two zero bytes in a row have key 0: a later string whose search ends at that slot takes it over, and the two
-    // zeros are forgotten. Nothing else depends on slots, so they are followed from when key 0 is stored until all
+    // The slots of the defining table, without what is in them. A slot counts as free there when its key is not above
+    // 0, and two zero bytes in a row have key 0: a later string whose search ends at that slot takes it over, and the
+    // two zeros are forgotten. Nothing else depends on slots, so they are followed from when key 0 is stored until all
     // strings are cleared.
     class Slots {
     public:
@@ -63,7 +63,7 @@ private:
     void put(int code);
     void writeGroup();
 
-    static constexpr int numHomes = 65536;
+    static constexpr int numHomes = 131072;
     static constexpr int noCode = -1;
     static constexpr int checkInterval = 10000;
 

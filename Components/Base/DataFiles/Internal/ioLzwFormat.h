@@ -1,9 +1,9 @@
 // The compressed stream: a variant of the .Z format of the Unix compress utility, in block mode with codes of up to 16
 // bits. Code 257 ends the stream, so the first free code is 258, and the last group is padded to a whole one.
 //
-// A stream is the three header bytes and groups of eight codes of one width, packed from the least significant bit on, so
-// that a group takes as many bytes as a code has bits. Where the width changes, behind a clear code and at the end, the
-// group begun is filled up with zero bits, and a new one begins.
+// A stream is the three header bytes and groups of eight codes of one width, packed from the least significant bit on,
+// so that a group takes as many bytes as a code has bits. Where the width changes, behind a clear code and at the end,
+// the group begun is filled up with zero bits, and a new one begins.
 
 #ifndef ioLzwFormat_h
 #define ioLzwFormat_h
