@@ -8,8 +8,8 @@
 
 namespace qvOS {
 
-// Files, memory streams and sockets are read and written through this. The end of the data is an Error too, with a number
-// and a text of each stream's own; the last bytes may come together with it, so count is looked at first.
+// Files, memory streams and sockets are read and written through this. The end of the data is an Error too, with a
+// number and a text of each stream's own; the last bytes may come together with it, so count is looked at first.
 class QV_EXPORT IOStream {
 public:
     virtual ~IOStream();

@@ -54,6 +54,8 @@ private:
         int zeroSlot_;
     };
 
+    friend struct ioLzwEncoderCounters; // tests
+
     ioLzwEncoder();
     void add(unsigned home, unsigned parent);
     void followSlots();
