@@ -1,4 +1,5 @@
-// The formats of the filters once more, in the slowest and plainest way: what a filter writes and reads is held against it.
+// The formats of the filters once more, in the slowest and plainest way: what a filter writes and reads is held against
+// it.
 
 #ifndef FilterReference_h
 #define FilterReference_h
@@ -31,8 +32,8 @@ std::string referenceFrame(std::string const & data, std::uint16_t & sum);
 
 using ReferenceTable = std::array<unsigned, 44>;
 
-ReferenceTable referenceExpansion(std::uint32_t first, std::uint32_t step, std::array<std::uint32_t, 8> key, int lastIndex,
-                                  bool published);
+ReferenceTable referenceExpansion(std::uint32_t first, std::uint32_t step, std::array<std::uint32_t, 8> key,
+                                  int lastIndex, bool published);
 void referenceEncipher(unsigned char * block, ReferenceTable const & table);
 std::string referenceEncrypt(std::string const & data, ReferenceTable const & table, bool swapped);
 

@@ -67,14 +67,15 @@ struct ReadBack {
     ioStreamStatus status;
 };
 
-// Reads in pieces of random sizes until the status is not good.
+// Reads in pieces of random sizes until nothing comes, which may be behind the piece that met the failure.
 std::string readAll(ioBufferedStreamInput & in, SeededRandom & random) {
     std::string data;
     std::string piece(20000, 0);
-    while (in.good()) {
-        int const size = 1 + random.below(random.oneIn(2) ? 40 : 20000);
-        data.append(piece, 0, static_cast<std::size_t>(in.readData(piece.data(), size)));
-    }
+    int got = 0;
+    do {
+        got = in.readData(piece.data(), 1 + random.below(random.oneIn(2) ? 40 : 20000));
+        data.append(piece, 0, static_cast<std::size_t>(got));
+    } while (got > 0 || in.good());
     return data;
 }
 
@@ -103,9 +104,9 @@ std::vector<std::string> samples(SeededRandom & random) {
     for (int const size : {240, 241, 4095, 4096, 4097, 12288}) {
         all.push_back(randomBytes(random, size, 5));
     }
-    all.push_back(randomBytes(random, 700000, 256));           // clear codes
-    all.push_back(randomBytes(random, 700000, 3, 0));          // zeros among others
-    all.push_back(std::string(4000000, '\0') + all.back());    // long strings of zeros
+    all.push_back(randomBytes(random, 700000, 256));        // clear codes
+    all.push_back(randomBytes(random, 700000, 3, 0));       // zeros among others
+    all.push_back(std::string(4000000, '\0') + all.back()); // long strings of zeros
     all.push_back(randomBytes(random, 200000, 256) + all[11].substr(0, 300000) + std::string(5000, 'x'));
     all.push_back(randomBytes(random, 0x800000 + 200000, 40)); // the other form of the ratio
     return all;
@@ -135,8 +136,10 @@ TEST(CompressFilter, WritesTheStreamOfTheReferenceBitByBit) {
 
 TEST(CompressFilter, CountersGoBeyond32Bits) {
     SeededRandom random;
-    for (ReferenceCounters const counters : {ReferenceCounters{0x7FFF0000, 0x7FF00000}, {0xFFFF0000, 0xFFFE0000},
-                                             {0x1000000000, 0x200000000}, {0x7FFF0000, 0}}) {
+    for (ReferenceCounters const counters : {ReferenceCounters{0x7FFF0000, 0x7FF00000},
+                                             {0xFFFF0000, 0xFFFE0000},
+                                             {0x1000000000, 0x200000000},
+                                             {0x7FFF0000, 0}}) {
         std::string const data = randomBytes(random, 400000, 256);
         auto const encoder = ioLzwEncoder::make();
         ioLzwEncoderCounters::set(*encoder, counters);
@@ -177,7 +180,8 @@ TEST(CompressFilter, ReadsAnyBytesLikeTheReference) {
     for (int round = 0; round < 3000; ++round) {
         std::string stream = sound;
         for (int changes = 1 + random.below(3); changes > 0; --changes) {
-            stream[static_cast<std::size_t>(random.below(static_cast<int>(sound.size())))] = static_cast<char>(random.bits());
+            stream[static_cast<std::size_t>(random.below(static_cast<int>(sound.size())))] =
+                static_cast<char>(random.bits());
         }
         check(round % 4 == 0 ? "\x1F\x9D\x90" + randomBytes(random, 200, 256) : stream);
     }
@@ -355,7 +359,8 @@ TEST(EncryptFilter, WritesAndReadsTheFramesOfTheReference) {
         }
     }
     for (int mark = 2; mark < 256; ++mark) {
-        EXPECT_EQ(ioStreamFailed, readBack(std::string(1, static_cast<char>(mark)) + "\1x", {Filter::encrypt}, random).status);
+        EXPECT_EQ(ioStreamFailed,
+                  readBack(std::string(1, static_cast<char>(mark)) + "\1x", {Filter::encrypt}, random).status);
     }
     std::string const frames("\1\0\2ab\0\0\1c\0", 10); // empty frames anywhere, all in the clear
     MemoryStream memory(frames);
@@ -447,7 +452,7 @@ TEST(Filters, StackOnAnyEnd) {
             ASSERT_EQ(static_cast<int>(data.size()), in.readData(got.data(), static_cast<int>(data.size())));
             ASSERT_TRUE(data == got);
             // Only the compressor's data has an end of its own: below or above the others what follows is theirs.
-            if (filters == Filters{Filter::compress} || filters.empty()) {
+            if (filters.empty() || (filters == Filters{Filter::compress} && !data.empty())) {
                 for (std::size_t n = filters.size(); n > 0; --n) {
                     push(in, filters[n - 1], false);
                 }

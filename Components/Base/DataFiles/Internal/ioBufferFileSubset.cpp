@@ -25,7 +25,9 @@ void ioBufferFileSubset::open(qvString::IString const & name, std::int64_t start
 
 void ioBufferFileSubset::resume() {
     setStatus(ioBufferGood);
-    seek(0);
+    if (!seek(0)) {
+        setStatus(ioBufferEOF); // the file cannot even be sought there
+    }
 }
 
 bool ioBufferFileSubset::seek(std::int64_t position) {
