@@ -4,18 +4,23 @@
 #define qvOSIOStream_h
 
 #include "Base/Utility/qvUtilError.h"
-#include "Base/qvBaseConfig.h"
 
 namespace qvOS {
 
-// Files, memory streams and sockets are read and written through this. The end of the data is an Error too, with a
-// number and a text of each stream's own; the last bytes may come together with it, so count is looked at first.
+/// A stream of bytes: a file, a block of memory, a socket. Each kind has numbers and texts of its own for its failures,
+/// the end of the data among them. The order of the virtual operations, here and in the classes below, is what
+/// subclasses in other modules rely on.
 class QV_EXPORT IOStream {
 public:
+    IOStream() = default;
+    IOStream(IOStream const &) = default;
+    IOStream & operator=(IOStream const &) = default;
     virtual ~IOStream();
-    // Reads up to size bytes. count, when not null, receives the number of bytes delivered.
+
+    /// Reads up to `size` bytes. `count`, which may be null, receives the number of bytes delivered. The end of the
+    /// data is reported as a failure, and the last bytes come with it: they count too.
     virtual qvUtil::Error read(void * buffer, unsigned int size, unsigned int * count) = 0;
-    // Writes size bytes. count, when not null, receives the number of bytes taken.
+    /// Writes `size` bytes. `count`, which may be null, receives the number of bytes taken.
     virtual qvUtil::Error write(void const * buffer, unsigned int size, unsigned int * count) = 0;
 };
 

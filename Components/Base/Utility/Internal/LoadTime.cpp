@@ -17,12 +17,16 @@
 
 #include "Base/Utility/Internal/LoadTime.h"
 
+#include "Base/OS/Internal/FileFactoryImpl.h"
+
 #include <cstdlib>
 #include <ctime>
 
 namespace qvUtil::loadTime {
 
 namespace {
+
+qvOS::FileFactoryInitializer fileFactoryInitializer;
 
 struct RandomSeed {
     RandomSeed() { std::srand(static_cast<unsigned>(std::time(nullptr))); }
