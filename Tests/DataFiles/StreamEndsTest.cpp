@@ -40,11 +40,11 @@ TEST(FileSlice, PresentsARangeAsAWholeFile) {
         ioStreamStatus opened;
         bool open;
     } const cases[] = {
-        {0, 300000, ioStreamGood, true},     {100, 5000, ioStreamGood, true},    {4096, 4096, ioStreamGood, true},
-        {1, 299999, ioStreamGood, true},     {299999, 1, ioStreamGood, true},    {100, 0, ioStreamEOF, true},
-        {0, 300001, ioStreamEOF, true},      {299000, 2000, ioStreamEOF, true},  {300000, 5, ioStreamEOF, true},
-        {400000, 5, ioStreamEOF, true},      {most, most, ioStreamEOF, true},    {5, most, ioStreamEOF, true},
-        {-1, 5, ioStreamOpenFailed, false},  {5, -1, ioStreamOpenFailed, false},
+        {0, 300000, ioStreamGood, true},    {100, 5000, ioStreamGood, true},    {4096, 4096, ioStreamGood, true},
+        {1, 299999, ioStreamGood, true},    {299999, 1, ioStreamGood, true},    {100, 0, ioStreamEOF, true},
+        {0, 300001, ioStreamEOF, true},     {299000, 2000, ioStreamEOF, true},  {300000, 5, ioStreamEOF, true},
+        {400000, 5, ioStreamEOF, true},     {most, most, ioStreamEOF, true},    {5, most, ioStreamEOF, true},
+        {-1, 5, ioStreamOpenFailed, false}, {5, -1, ioStreamOpenFailed, false},
     };
     SeededRandom random;
     for (auto const & c : cases) {
