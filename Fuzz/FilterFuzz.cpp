@@ -1,5 +1,5 @@
-// A filter's decoder on any bytes: whatever comes, it ends with a status, and data that the filter has written itself comes
-// back. QV_FUZZ_FILTER is the operation that pushes the filter.
+// A filter's decoder on any bytes: whatever comes, it ends with a status, and data that the filter has written itself
+// comes back. QV_FUZZ_FILTER is the operation that pushes the filter.
 
 #include "Base/DataFiles/ioBufferedStreamInput.h"
 #include "Base/DataFiles/ioBufferedStreamOutput.h"
