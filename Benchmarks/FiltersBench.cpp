@@ -163,8 +163,8 @@ void addFileRow(std::string const & name, std::function<void()> run) {
 
 void registerCompression(Folder const & folder) {
     bool hasProgram = true;
-    for (auto const & [name, data] :
-         {std::pair<std::string, std::string>("C headers", cHeaders()), {"random bytes", randomBytes(compressedSize)}}) {
+    for (auto const & [name, data] : {std::pair<std::string, std::string>("C headers", cHeaders()),
+                                      {"random bytes", randomBytes(compressedSize)}}) {
         if (data.size() < compressedSize) {
             std::printf("there are not 16 MiB of %s: the rows are left out.\n", name.c_str());
             continue;
@@ -297,7 +297,8 @@ void registerTomcrypt(std::string const & row, std::string const & data) {
     register_cipher(&rc6_desc);
     checkCipher(data);
     auto const to = std::make_shared<std::string>(data.size(), '\0');
-    for (auto const & [name, run] : {std::pair("|write|libtomcrypt", &ecb_encrypt), {"|read|libtomcrypt", &ecb_decrypt}}) {
+    for (auto const & [name, run] :
+         {std::pair("|write|libtomcrypt", &ecb_encrypt), {"|read|libtomcrypt", &ecb_decrypt}}) {
         addFileRow(row + name, [to, &data, run = run] {
             symmetric_ECB ecb;
             auto const * const bytes = reinterpret_cast<unsigned char const *>(data.data());
