@@ -78,14 +78,15 @@ int ioBuffer::read(char * bytes, int count) {
     int copied = 0;
     while (copied < count) {
         if (position_ == limit_) {
-            if (int const moved = good() ? readLarge(bytes + copied, count - copied) : 0) {
-                copied += moved;
-                continue;
-            }
-            fill();
-            if (position_ == limit_) {
+            if (!good()) {
                 break;
             }
+            int const moved = readLarge(bytes + copied, count - copied);
+            if (moved == 0) {
+                fill();
+            }
+            copied += moved;
+            continue;
         }
         int const piece = std::min(count - copied, limit_ - position_);
         std::memcpy(bytes + copied, block_ + position_, static_cast<std::size_t>(piece));
