@@ -5,9 +5,9 @@
 
 #include "Base/DataFiles/Internal/ioBuffer.h"
 
-// A call of the system costs as much as copying some blocks, so blocks are read by the dozen: the current block moves along
-// in a storage of several. What the caller can tell stays as with single blocks: only what can be sought back in is read
-// ahead by more than a block, and it is given back when the position is asked for.
+// A call of the system costs as much as copying some blocks, so blocks are read by the dozen: the current block moves
+// along in a storage of several. What the caller can tell stays as with single blocks: only what can be sought back in
+// is read ahead by more than a block, and it is given back when the position is asked for.
 class ioBufferReadAhead : public ioBuffer {
 public:
     explicit ioBufferReadAhead(ioBufferDirection direction);

@@ -9,9 +9,9 @@ namespace qvOS {
 class IOStream;
 }
 
-// The stream stays its owner's, and open. Each transfer leaves its Error in the link. A read that gives neither bytes nor
-// an Error counts as one that gives an Error, and so does a write that takes nothing: neither is asked again for ever.
-// Without a stream every transfer sets ioBufferFailed.
+// The stream stays its owner's, and open. Each transfer leaves its Error in the link. A read that gives neither bytes
+// nor an Error counts as one that gives an Error, and so does a write that takes nothing: neither is asked again for
+// ever. Without a stream every transfer sets ioBufferFailed.
 class ioBufferStreamEnd : public ioBuffer {
 public:
     explicit ioBufferStreamEnd(ioBufferDirection direction) : ioBuffer(direction) {}
