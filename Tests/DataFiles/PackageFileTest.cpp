@@ -29,7 +29,8 @@ using qvUtil::Error;
 
 using namespace std::string_literals;
 
-std::string const header = "\x8F" "TrelmarkPortablePackageFile\neliFegakcaPelbatroPkramlerT\n1\n@\n";
+std::string const header = "\x8F"
+                           "TrelmarkPortablePackageFile\neliFegakcaPelbatroPkramlerT\n1\n@\n";
 constexpr std::int64_t dataOffset = 85;
 
 std::string pointerText(std::int64_t value) {
@@ -115,7 +116,8 @@ TEST_F(PackageFile, BytesOfAnEmptyOne) {
     EXPECT_THAT(package_->update(), Succeeds());
     EXPECT_EQ(fs::last_write_time(path("p")), fs::file_time_type());
     // The other mark byte, and more in front of the header's end.
-    std::string other = std::string(".") + header.substr(1, 58) + "more\n@\n" + pointerText(90) + directory({{".", 90, -1}});
+    std::string other =
+        std::string(".") + header.substr(1, 58) + "more\n@\n" + pointerText(90) + directory({{".", 90, -1}});
     EXPECT_THAT(openBytes(other), Succeeds());
     EXPECT_THAT(add("a", "abc"), Succeeds());
     EXPECT_EQ(package_->getEntry(wide("a"))->getOffset(), 90);
@@ -138,7 +140,8 @@ TEST_F(PackageFile, EntriesAgainstAModel) {
         }
     };
     for (int step = 0; step < 600; ++step) {
-        std::string const entry = std::string("d") + std::to_string(random.below(3)) + "/f" + std::to_string(random.below(6));
+        std::string const entry =
+            std::string("d") + std::to_string(random.below(3)) + "/f" + std::to_string(random.below(6));
         int const action = random.below(20);
         if (action < 10) {
             std::string contents(static_cast<std::size_t>(random.below(300)), 'x');
@@ -199,10 +202,23 @@ TEST_F(PackageFile, CleansNamesUp) {
         char const * name;
         char const * clean;
     } const rows[] = {
-        {"C:\\dir\\file", "dir/file"}, {"./a", "a"},       {"././../../a", "a"}, {"/a", "a"},   {"///./../a", "a"},
-        {"a/../b", "a/../b"},          {"a/./b", "a/./b"}, {"./", "./"},         {"../", "../"}, {"..", ".."},
-        {".", "."},                    {"/", ""},          {"C:", ""},           {"/C:/x", "x"}, {"", ""},
-        {"C:.\\x", "x"},               {".hidden", ".hidden"},
+        {"C:\\dir\\file", "dir/file"},
+        {"./a", "a"},
+        {"././../../a", "a"},
+        {"/a", "a"},
+        {"///./../a", "a"},
+        {"a/../b", "a/../b"},
+        {"a/./b", "a/./b"},
+        {"./", "./"},
+        {"../", "../"},
+        {"..", ".."},
+        {".", "."},
+        {"/", ""},
+        {"C:", ""},
+        {"/C:/x", "x"},
+        {"", ""},
+        {"C:.\\x", "x"},
+        {".hidden", ".hidden"},
     };
     for (auto const & row : rows)
         EXPECT_EQ(package_->cleanupName(IString(row.name)), IString(row.clean)) << row.name;
@@ -235,8 +251,7 @@ TEST_F(PackageFile, FailuresHaveTheirNumbers) {
     EXPECT_THAT(package_->addEntry(name("p"), wide("a"), false),
                 FailsWith(15, "The source entry can not be in the package."));
     EXPECT_THAT(package_->addEntry(none, wide("a")), FailsWith(7, "The given package file entry is NULL."));
-    EXPECT_THAT(package_->deleteEntry(wide("a")),
-                FailsWith(13, "Can not delete named entry as it does not exist: a"));
+    EXPECT_THAT(package_->deleteEntry(wide("a")), FailsWith(13, "Can not delete named entry as it does not exist: a"));
     ASSERT_THAT(add("a", std::string(5000, 'a'), true), Succeeds());
     EXPECT_TRUE(package_->getEntry(wide("a"))->getCompressed());
     EXPECT_THAT(package_->addEntry(package_->getEntry(wide("a")), wide("b")),
@@ -302,22 +317,22 @@ TEST_F(PackageFile, DirectoriesThatLieAreRefused) {
     constexpr std::int64_t huge = INT64_MAX;
     std::vector<std::vector<Record>> const lies = {
         {},
-        {{"a", 85, 20}},                                       // no end marker
-        {{"a", 85, 20}, {".", end, -1}, {".", end, -1}},       // two
-        {{".", end, -1}, {"a", 85, 20}},                       // elsewhere
-        {{"a", 85, 20}, {".", end + 1, -1}},                   // another place than the pointer's
-        {{"a", 85, 19}, {".", end, -1}},                       // a gap at the end
-        {{"a", 86, 19}, {".", end, -1}},                       // a gap at the begin
-        {{"a", 85, 10}, {"b", 96, 9}, {".", end, -1}},         // a gap between
-        {{"a", 85, 12}, {"b", 95, 10}, {".", end, -1}},        // an overlap
-        {{"b", 95, 10}, {"a", 85, 10}, {".", end, -1}},        // out of order
-        {{"a", 85, 21}, {".", end, -1}},                       // past the end
-        {{"a", 85, huge}, {".", end, -1}},                     //
-        {{"a", 85, huge}, {"b", 84, -huge}, {".", end, -1}},   //
-        {{"a", 85, -5}, {"b", 80, 25}, {".", end, -1}},        // a negative size
-        {{"a", -85, 190}, {".", end, -1}},                     // a negative offset
-        {{"a", 85, 10}, {"a", 95, 10}, {".", end, -1}},        // two of one name
-        {{"\xFF", 85, 10}, {"\xFE", 95, 10}, {".", end, -1}},  // two of one name, once they are text
+        {{"a", 85, 20}},                                      // no end marker
+        {{"a", 85, 20}, {".", end, -1}, {".", end, -1}},      // two
+        {{".", end, -1}, {"a", 85, 20}},                      // elsewhere
+        {{"a", 85, 20}, {".", end + 1, -1}},                  // another place than the pointer's
+        {{"a", 85, 19}, {".", end, -1}},                      // a gap at the end
+        {{"a", 86, 19}, {".", end, -1}},                      // a gap at the begin
+        {{"a", 85, 10}, {"b", 96, 9}, {".", end, -1}},        // a gap between
+        {{"a", 85, 12}, {"b", 95, 10}, {".", end, -1}},       // an overlap
+        {{"b", 95, 10}, {"a", 85, 10}, {".", end, -1}},       // out of order
+        {{"a", 85, 21}, {".", end, -1}},                      // past the end
+        {{"a", 85, huge}, {".", end, -1}},                    //
+        {{"a", 85, huge}, {"b", 84, -huge}, {".", end, -1}},  //
+        {{"a", 85, -5}, {"b", 80, 25}, {".", end, -1}},       // a negative size
+        {{"a", -85, 190}, {".", end, -1}},                    // a negative offset
+        {{"a", 85, 10}, {"a", 95, 10}, {".", end, -1}},       // two of one name
+        {{"\xFF", 85, 10}, {"\xFE", 95, 10}, {".", end, -1}}, // two of one name, once they are text
     };
     std::string const start = header + pointerText(end) + std::string(20, 'd');
     for (std::size_t i = 0; i < lies.size(); ++i) {
@@ -334,9 +349,11 @@ TEST_F(PackageFile, DirectoriesThatLieAreRefused) {
     std::string const whole = start + directory(sound);
     for (std::string const pointer : {"61", "0", "-1", "99999999999999999999999", "x", "", "1000"})
         EXPECT_THAT(openBytes(header + (pointer + std::string(24, ' ')).substr(0, 23) + "\n" + whole.substr(85)),
-                    FailsWith(17, "The file is not a package file: " + path("p"))) << pointer;
+                    FailsWith(17, "The file is not a package file: " + path("p")))
+            << pointer;
     EXPECT_THAT(openBytes(header + pointerText(85) + ""), FailsWith(17, "Error reading directory: " + path("p")));
-    EXPECT_THAT(openBytes(std::string("\x8E") + whole.substr(1)), FailsWith(17, "The file is not a package file: " + path("p")));
+    EXPECT_THAT(openBytes(std::string("\x8E") + whole.substr(1)),
+                FailsWith(17, "The file is not a package file: " + path("p")));
     EXPECT_THAT(package_->open(name("")), FailsWith(17, "The file is not a package file: " + path("")));
     // Cut anywhere, it is no package, or one whose directory cannot be read.
     for (std::size_t length = 0; length < whole.size(); ++length)
@@ -349,9 +366,9 @@ TEST_F(PackageFile, ExpandsNowhereElse) {
         char const * name;
         bool isRefused;
     } const rows[] = {
-        {"a/../../x", true}, {"../x", true},   {"/etc/x", true},   {"\\x", true},     {"C:x", true},
-        {"link/x", true},    {"a/..", true},   {"gone/x", true},   {"a\\..\\..\\x", true},
-        {"a/../z", false},   {"plain", false}, {"deep/er", false}, {"inner/x", false}, {"..x", false},
+        {"a/../../x", true}, {"../x", true},     {"/etc/x", true},   {"\\x", true},          {"C:x", true},
+        {"link/x", true},    {"a/..", true},     {"gone/x", true},   {"a\\..\\..\\x", true}, {"a/../z", false},
+        {"plain", false},    {"deep/er", false}, {"inner/x", false}, {"..x", false},
     };
     fs::create_directories(path("to/real"));
     fs::create_directory(path("outside"));

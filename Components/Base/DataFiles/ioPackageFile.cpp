@@ -1,5 +1,6 @@
 #include "Base/DataFiles/ioPackageFile.h"
 
+#include "Base/DataFiles/Internal/ioClosing.h"
 #include "Base/DataFiles/Internal/ioPackageIO.h"
 #include "Base/DataFiles/ioBufferedStreamInput.h"
 #include "Base/DataFiles/ioReadContext.h"
@@ -29,17 +30,11 @@ constexpr char headerEnd[] = "@\n";
 constexpr int pointerLength = 24;
 constexpr std::int64_t noDirectory = -1;
 
-Error notAPackage(IString const & name) {
-    return Error(17, L"The file is not a package file: %S", name.asWChar());
-}
+Error notAPackage(IString const & name) { return Error(17, L"The file is not a package file: %S", name.asWChar()); }
 
-Error errorReadingDirectory(IString const & name) {
-    return Error(17, L"Error reading directory: %S", name.asWChar());
-}
+Error errorReadingDirectory(IString const & name) { return Error(17, L"Error reading directory: %S", name.asWChar()); }
 
-Error errorWritingDirectory(IString const & name) {
-    return Error(10, L"Error writing directory: %S", name.asWChar());
-}
+Error errorWritingDirectory(IString const & name) { return Error(10, L"Error writing directory: %S", name.asWChar()); }
 
 // Reads from a package's header, and counts what it has taken: the stream's own position runs ahead.
 class HeaderReader {
@@ -58,8 +53,8 @@ public:
     // Whether what follows is the text in front of the directory pointer.
     bool passHeader() {
         char mark = 0;
-        if (!read(&mark, 1) || (static_cast<unsigned char>(mark) != markByte &&
-                                static_cast<unsigned char>(mark) != otherMarkByte))
+        if (!read(&mark, 1) ||
+            (static_cast<unsigned char>(mark) != markByte && static_cast<unsigned char>(mark) != otherMarkByte))
             return false;
         if (!expect(magicLines, magicLength) || !expect(versionLine, versionLength))
             return false;
@@ -127,7 +122,7 @@ Error ioPackageFile::open(IString const & name) {
 }
 
 Error ioPackageFile::createPackage() {
-    ioBufferedStreamOutput file;
+    ioClosing<ioBufferedStreamOutput> file;
     file.openFile(packageName_);
     bool const isOpen = file.good();
     file.close();
@@ -138,6 +133,9 @@ Error ioPackageFile::createPackage() {
 }
 
 Error ioPackageFile::openPackageForOutput() {
+    // A chain that has failed stays so; a new one goes on.
+    if (outputOpen_ && !output_.good())
+        closePackageForOutput();
     if (outputOpen_)
         return Error();
     output_.resetStatus();
@@ -168,6 +166,8 @@ Error ioPackageFile::writePackageHeader() {
     output_.writeString(headerEnd);
     pointerOffset_ = output_.tell();
     output_.flush();
+    if (pointerOffset_ < 0)
+        return errorWritingDirectory(packageName_);
     std::int64_t end = 0;
     if (Error const error = writeDirectoryPointer(noDirectory, end))
         return error;
@@ -181,16 +181,17 @@ Error ioPackageFile::writeDirectoryPointer(std::int64_t value, std::int64_t & en
     KT_snprintf(text, sizeof text, "%-23lld\n", static_cast<long long>(value));
     if (Error const error = openPackageForOutput())
         return error;
-    output_.seek(pointerOffset_);
+    if (!output_.seek(pointerOffset_))
+        return errorWritingDirectory(packageName_);
     output_.writeData(text, pointerLength);
     end = output_.tell();
     output_.flush();
-    return output_.good() ? Error() : errorWritingDirectory(packageName_);
+    return end >= 0 && output_.good() ? Error() : errorWritingDirectory(packageName_);
 }
 
 Error ioPackageFile::readPackageHeader() {
     closePackageForOutput();
-    ioBufferedStreamInput stream;
+    ioClosing<ioBufferedStreamInput> stream;
     stream.openFile(packageName_);
     if (!stream.good())
         return Error(7, L"Could not read the package file: %S", packageName_.asWChar());
@@ -238,8 +239,7 @@ Error ioPackageFile::writeDirectory() {
     std::int64_t const offset = entries_.back().offset_;
     if (Error const error = openPackageForOutput())
         return error;
-    output_.seek(offset);
-    Error error = writeRecords();
+    Error error = output_.seek(offset) ? writeRecords() : errorWritingDirectory(packageName_);
     if (!error && !qvPlatform::syncFile(packageName_).good())
         error = errorWritingDirectory(packageName_);
     if (error)
@@ -277,10 +277,9 @@ Error ioPackageFile::readDirectory() {
     if (end <= 0)
         return Error();
     closePackageForOutput();
-    ioBufferedStreamInput stream;
+    ioClosing<ioBufferedStreamInput> stream;
     stream.openFile(packageName_);
-    stream.seek(end);
-    if (!stream.good())
+    if (!stream.seek(end) || !stream.good())
         return Error(17, L"Can not open directory: %S", packageName_.asWChar());
     ioPackageIO::PackageRegistry registry(true);
     std::unique_ptr<ioReadContext> const context(ioReadContextAlloc(stream, &registry));

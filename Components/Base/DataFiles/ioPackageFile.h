@@ -157,9 +157,9 @@ private:
 
     qvString::IString packageName_; // empty while no package is open
     bool writable_ = false;
-    bool dirty_ = false;               // the table differs from the directory on disk
-    std::int64_t pointerOffset_ = -1;  // where the directory pointer stands
-    std::int64_t dataOffset_ = -1;     // behind it: where the data region begins
+    bool dirty_ = false;              // the table differs from the directory on disk
+    std::int64_t pointerOffset_ = -1; // where the directory pointer stands
+    std::int64_t dataOffset_ = -1;    // behind it: where the data region begins
     qv::map<qvString::IString, int> directory_;
     qv::vector<ioPackageFileEntry> entries_; // in the order of their offsets, the end marker last
     qv::vector<int *> places_;               // of each record the number in directory_, null for one without a name

@@ -9,8 +9,8 @@
 
 class ioPackageFile;
 
-// A file in a package, a free part of it (with an empty name), or the end marker behind the last one (named "."). Records
-// move inside the table: a pointer to one is good until the package is changed next.
+// A file in a package, a free part of it (with an empty name), or the end marker behind the last one (named ".").
+// Records move inside the table: a pointer to one is good until the package is changed next.
 class QV_EXPORT ioPackageFileEntry {
 public:
     // A qv::vector may move it by its bytes.

@@ -1,5 +1,6 @@
 // What goes into a package and comes out of it.
 
+#include "Base/DataFiles/Internal/ioClosing.h"
 #include "Base/DataFiles/ioBufferedStreamInput.h"
 #include "Base/DataFiles/ioPackageFile.h"
 #include "Base/OS/qvOSFile.h"
@@ -56,7 +57,6 @@ public:
     Target(Target const &) = delete;
     Target & operator=(Target const &) = delete;
     ~Target() {
-        stream_.close();
         if (!beside_.isEmpty())
             qvPlatform::removeFile(beside_);
     }
@@ -93,7 +93,7 @@ public:
 private:
     IString const & name_;
     IString beside_; // empty when there is none to remove
-    ioBufferedStreamOutput stream_;
+    ioClosing<ioBufferedStreamOutput> stream_;
 };
 
 // Deletes a file when it goes.
@@ -198,9 +198,9 @@ Error ioPackageFile::compressFile(IString const & source, IString const & target
     compressedSize = 0;
     if (size == 0)
         return Error();
-    ioBufferedStreamInput input;
+    ioClosing<ioBufferedStreamInput> input;
     input.openFile(source);
-    ioBufferedStreamOutput output;
+    ioClosing<ioBufferedStreamOutput> output;
     output.openFile(target);
     output.compress(true);
     output.checksum(true);
@@ -227,7 +227,7 @@ Error ioPackageFile::compressFile(IString const & source, IString const & target
 }
 
 Error ioPackageFile::copyFileIntoPackage(IString const & file, Source const & source) {
-    ioBufferedStreamInput stream;
+    ioClosing<ioBufferedStreamInput> stream;
     stream.openFile(file);
     if (!stream.good())
         return Error(7, L"Could not read file: %S\n", file.asWChar());
@@ -240,7 +240,10 @@ Error ioPackageFile::copyStreamIntoPackage(ioBufferedStreamInput & stream, Sourc
     if (auto const place = directory_.find(source.name); place != directory_.end())
         freeEntry(place->second);
     int const index = createEntry(source.size);
-    output_.seek(entries_[index].offset_);
+    if (!output_.seek(entries_[index].offset_)) {
+        freeEntry(index);
+        return Error(10, L"Error writing entry: %S", source.name.asWChar());
+    }
     std::unique_ptr<char[]> const block = makeBlock();
     std::int64_t copied = 0;
     bool hasMore = false;
@@ -270,9 +273,6 @@ Error ioPackageFile::copyStreamIntoPackage(ioBufferedStreamInput & stream, Sourc
         return Error();
     }
     freeEntry(index);
-    // A stream keeps its failure; the next change opens another one.
-    if (!output_.good())
-        closePackageForOutput();
     return error;
 }
 
@@ -292,7 +292,7 @@ Error ioPackageFile::copyEntryIntoPackage(ioPackageFileEntry const * entry, IStr
         return Error(11, "The name can not be empty.");
     if (directory_.contains(name))
         return Error(14, L"The entry is already present in the package: %S", name.asWChar());
-    ioBufferedStreamInput stream;
+    ioClosing<ioBufferedStreamInput> stream;
     stream.openPackageFileEntry(entry);
     if (!isSound(stream))
         return couldNotReadEntry(name);
@@ -322,7 +322,7 @@ Error ioPackageFile::extractEntry(ioPackageFileEntry const * entry, IString cons
             return Error(5, IString(error.message()));
     }
     closePackageForOutput();
-    ioBufferedStreamInput input;
+    ioClosing<ioBufferedStreamInput> input;
     input.openPackageFileEntry(entry);
     if (!isSound(input))
         return couldNotReadEntry(entry->getName());
