@@ -21,10 +21,24 @@ using qvUtil::Error;
 
 namespace {
 
-// Large enough that a chain without filters moves it without copying.
-constexpr int blockSize = 256 * 1024;
+// Bytes on their way from one stream to another: as many at once as are worth it for so large a whole.
+class Block {
+public:
+    explicit Block(std::int64_t whole)
+        : size_(static_cast<int>(std::clamp<std::int64_t>(whole + 1, smallest, largest))),
+          bytes_(new char[static_cast<std::size_t>(size_)]) {}
 
-std::unique_ptr<char[]> makeBlock() { return std::make_unique<char[]>(blockSize); }
+    int size() const { return size_; }
+    char * get() const { return bytes_.get(); }
+
+private:
+    // The largest moves through a chain without filters uncopied.
+    static constexpr std::int64_t smallest = 4096;
+    static constexpr std::int64_t largest = 256 * 1024;
+
+    int size_;
+    std::unique_ptr<char[]> bytes_;
+};
 
 bool isAtEnd(ioBufferedStreamInput const & stream) {
     return stream.getStatus() == ioStreamEOF || stream.getStatus() == ioStreamCompressEnd;
@@ -61,10 +75,11 @@ public:
             qvPlatform::removeFile(beside_);
     }
 
-    bool open() {
+    // Never the package itself.
+    bool open(IString const & package) {
         FileFacts facts;
         bool const isThere = qvPlatform::queryFile(name_, Links::keep, facts).good();
-        if (isThere && facts.kind == qvPlatform::FileKind::directory)
+        if (isThere && (facts.kind == qvPlatform::FileKind::directory || isSameFile(name_, package)))
             return false;
         if (isThere && facts.kind == qvPlatform::FileKind::other) {
             stream_.openFile(name_);
@@ -95,6 +110,27 @@ private:
     IString beside_; // empty when there is none to remove
     ioClosing<ioBufferedStreamOutput> stream_;
 };
+
+// Whether the way to a file, which by its name lies below a directory, leaves that through a symbolic link.
+bool leadsOut(IString const & directory, IString const & file) {
+    for (IString way = Filename(file).dirname(); way.length() > directory.length(); way = Filename(way).dirname()) {
+        FileFacts facts;
+        bool const isLink =
+            qvPlatform::queryFile(way, Links::keep, facts).good() && facts.kind == qvPlatform::FileKind::symbolicLink;
+        if (!isLink)
+            continue;
+        IString root;
+        IString resolved;
+        if (!qvPlatform::resolvedName(directory.isEmpty() ? IString(L".") : directory, root).good() ||
+            !qvPlatform::resolvedName(way, resolved).good())
+            return true;
+        if (root[root.length() - 1] != Filename::separator())
+            root.append(Filename::separator());
+        if (resolved.find(root) != 0)
+            return true;
+    }
+    return false;
+}
 
 // Deletes a file when it goes.
 class TemporaryFile {
@@ -204,11 +240,11 @@ Error ioPackageFile::compressFile(IString const & source, IString const & target
     output.openFile(target);
     output.compress(true);
     output.checksum(true);
-    std::unique_ptr<char[]> const block = makeBlock();
+    Block const block(size);
     std::int64_t copied = 0;
     // One byte more than there should be is enough to know that it has grown.
     while (output.good() && copied <= size) {
-        int const count = input.readData(block.get(), blockSize);
+        int const count = input.readData(block.get(), block.size());
         if (count <= 0)
             break;
         output.writeData(block.get(), count);
@@ -244,11 +280,11 @@ Error ioPackageFile::copyStreamIntoPackage(ioBufferedStreamInput & stream, Sourc
         freeEntry(index);
         return Error(10, L"Error writing entry: %S", source.name.asWChar());
     }
-    std::unique_ptr<char[]> const block = makeBlock();
+    Block const block(source.size);
     std::int64_t copied = 0;
     bool hasMore = false;
     while (output_.good() && !hasMore) {
-        int const count = stream.readData(block.get(), blockSize);
+        int const count = stream.readData(block.get(), block.size());
         if (count <= 0)
             break;
         // What the source has grown by does not belong into the package, where somebody else's bytes may follow.
@@ -331,12 +367,12 @@ Error ioPackageFile::extractEntry(ioPackageFileEntry const * entry, IString cons
         input.checksum(true);
     }
     Target target(file);
-    if (isSameFile(file, packageName_) || !target.open())
+    if (!target.open(packageName_))
         return Error(2, L"Can not create file: %S", file.asWChar());
-    std::unique_ptr<char[]> const block = makeBlock();
+    Block const block(entry->getCompressed() ? INT64_MAX - 1 : entry->getSize());
     std::int64_t written = 0;
     while (target.stream().good()) {
-        int const count = input.readData(block.get(), blockSize);
+        int const count = input.readData(block.get(), block.size());
         if (count <= 0)
             break;
         written += count;
@@ -370,30 +406,11 @@ Error ioPackageFile::placeBelow(IString const & directory, IString const & name,
     }
     if (depth == 0)
         return notAllowed(name);
-    IString whole;
-    whole.assign(Filename(Filename(directory), Filename(name)).name());
-    // The deepest directory of its way that is there must lie below the directory when links are followed.
-    IString root;
-    if (qvPlatform::resolvedName(directory.isEmpty() ? IString(L".") : directory, root).good()) {
-        IString way;
-        for (way.assign(Filename(whole).dirname());; way.assign(Filename(way).dirname())) {
-            IString resolved;
-            if (!qvPlatform::resolvedName(way.isEmpty() ? IString(L".") : way, resolved).good()) {
-                FileFacts facts;
-                // A link that leads to nothing would be written through all the same.
-                if (way.isEmpty() || qvPlatform::queryFile(way, Links::keep, facts).good())
-                    return notAllowed(name);
-                continue;
-            }
-            IString below = root;
-            if (below[below.length() - 1] != Filename::separator())
-                below.append(Filename::separator());
-            if (resolved != root && resolved.find(below) != 0)
-                return notAllowed(name);
-            break;
-        }
-    }
-    file.swap(whole);
+    Filename const below{Filename(directory), Filename(name)};
+    IString const & whole = below.name();
+    if (leadsOut(Filename(directory).name(), whole))
+        return notAllowed(name);
+    file.assign(whole);
     return Error();
 }
 
