@@ -164,8 +164,8 @@ struct Command {
     std::string_view name;
     Status (*run)(Arguments);
 };
-constexpr Command commands[] = {{"add", runAdd},         {"list", runList},   {"extract", runExtract},
-                                {"delete", runDelete},   {"check", runCheck}, {"compact", runCompact},
+constexpr Command commands[] = {{"add", runAdd},       {"list", runList},   {"extract", runExtract},
+                                {"delete", runDelete}, {"check", runCheck}, {"compact", runCompact},
                                 {"info", runInfo}};
 
 } // namespace
