@@ -19,8 +19,7 @@ namespace qv {
  *
  * Allocation failure raises std::bad_alloc, a count below 0 or past the 32-bit range std::length_error. When that
  * happens, or when a function of the table throws, the elements are as they were (the capacity may have grown), except
- * in copy and assign, which leave a valid vector. A range function that throws must have destroyed what it had
- * constructed.
+ * in assign, which leaves a valid vector. A range function that throws must have destroyed what it had constructed.
  */
 class QV_EXPORT VectorImpl {
 public:
@@ -53,7 +52,7 @@ public:
     void * data() { return data_; }
     void const * data() const { return data_; }
 
-    // Makes room for exactly n elements when n is above the capacity. Never shrinks.
+    // Makes room for exactly n elements when n is above the capacity. Never shrinks; a count below 0 changes nothing.
     void reserve(int n);
 
     // Destroys the elements. The storage stays.
@@ -138,8 +137,20 @@ protected:
     void * openGap(int index, int n);
     void closeGap(int index, int n) noexcept;
 
-    // The one-element forms with the growth steps; appendAndReturnPtr without the call when there is room.
+    // The one-element form, with the growth steps.
     void * openSlot(int index);
+
+    // For an element that must not be touched before there is memory for it: storage of the next growth step's
+    // capacity, which the vector does not use yet; and the move into it, around the element that was constructed there
+    // at index. Storage that is not used after all goes back with freeStep.
+    void * allocateStep(int & capacity) const;
+    static void freeStep(void * storage) noexcept;
+    void moveInto(void * storage, int capacity, int index) noexcept;
+
+    // Move all elements of another vector of the same type in front of the one at index, or in place of all that are
+    // here. That one becomes empty.
+    void insertMoved(int index, VectorImpl & other);
+    void replaceBy(VectorImpl & other) noexcept;
 
     void * data_;
     int size_;
@@ -156,6 +167,7 @@ private:
     void shiftUp(int index) noexcept;
     template <typename Construct>
     void * insertOne(int index, Construct construct);
+    void fill(void const * first, int n, void (*copyRange)(void *, void const *, int));
 };
 
 } // namespace qv
