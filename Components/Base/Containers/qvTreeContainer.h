@@ -138,6 +138,7 @@ public:
         return {lower_bound(key), upper_bound(key)};
     }
 
+    // A key of another type may be equal to several, where keys are unique too.
     template <typename Q>
     requires Transparent<C> iterator find(Q const & key) { return iterator(nodeOf(key)); }
     template <typename Q>
@@ -159,6 +160,13 @@ public:
     template <typename Q>
     requires Transparent<C> const_iterator upper_bound(Q const & key)
     const { return const_iterator(upperBoundOf(key)); }
+    template <typename Q>
+    requires Transparent<C> pair<iterator, iterator> equal_range(Q const & key) {
+        return {lower_bound(key), upper_bound(key)};
+    }
+    template <typename Q>
+    requires Transparent<C> pair<const_iterator, const_iterator> equal_range(Q const & key)
+    const { return {lower_bound(key), upper_bound(key)}; }
 
     // Insertion. Where keys are unique, an element with the key stays as it is; otherwise the new one goes behind it. A
     // hint is a position next to which the element is thought to belong; when that is so there is no search.
@@ -203,10 +211,12 @@ public:
             eraseTyped(node);
             return 1;
         } else {
-            int const before = size_;
-            eraseNodesRange(lowerBoundOf(key), upperBoundOf(key));
-            return before - size_;
+            return eraseRangeOf(key);
         }
+    }
+    template <typename Q>
+    requires(Transparent<C> && !std::is_convertible_v<Q const &, const_iterator>) int erase(Q const & key) {
+        return eraseRangeOf(key);
     }
     using RBTreeImpl::clear;
 
@@ -231,9 +241,11 @@ protected:
     ~TreeContainer() = default;
 
     TreeContainer & operator=(TreeContainer const & other) {
+        // The other may be gone with the old elements, and the old ordering is for these.
+        C compare = other.compare_;
         typeUtil_ = copyTable();
-        compare_ = other.compare_;
         RBTreeImpl::copy(other);
+        compare_ = std::move(compare);
         return *this;
     }
     TreeContainer & operator=(TreeContainer && other) noexcept {
@@ -448,6 +460,12 @@ private:
         std::destroy_at(treeElement<Element>(node));
         freeNode(node);
     }
+    template <typename Q>
+    int eraseRangeOf(Q const & key) {
+        int const before = size_;
+        eraseNodesRange(lowerBoundOf(key), upperBoundOf(key));
+        return before - size_;
+    }
     void eraseTyped(Node * node) noexcept {
         unlinkNode(node);
         destroyNode(node);
@@ -542,16 +560,16 @@ auto operator<=>(TreeContainer<K, Element, C, keys> const & a, TreeContainer<K, 
     return std::lexicographical_compare_three_way(a.begin(), a.end(), b.begin(), b.end(), ThreeWay());
 }
 
+} // namespace detail
+
 // Erases the elements for which the predicate holds; gives their number.
-template <typename K, typename Element, typename C, Keys keys, typename Predicate>
-int erase_if(TreeContainer<K, Element, C, keys> & container, Predicate predicate) {
+template <typename K, typename Element, typename C, detail::Keys keys, typename Predicate>
+int erase_if(detail::TreeContainer<K, Element, C, keys> & container, Predicate predicate) {
     int const before = container.size();
     for (auto it = container.begin(); it != container.end();)
         it = predicate(std::as_const(*it)) ? container.erase(it) : std::next(it);
     return before - container.size();
 }
-
-} // namespace detail
 
 } // namespace qv
 
