@@ -160,11 +160,19 @@ public:
 
     template <typename... Args>
     T & emplace_back(Args &&... args) {
-        if (size_ == capacity_) [[unlikely]]
-            return *growAndEmplace(size_, std::forward<Args>(args)...);
-        T * const p = std::construct_at(end(), std::forward<Args>(args)...);
+        if (size_ < capacity_) [[likely]] {
+            std::construct_at(end(), std::forward<Args>(args)...);
+        } else if constexpr (std::is_trivially_copyable_v<T> && (std::is_same_v<std::remove_cvref_t<Args>, T> && ...)) {
+            // Without a call that gets the address of an argument: what is written to memory for that costs every round
+            // of a loop more than the rest.
+            T const element(std::forward<Args>(args)...);
+            setStorage(sGrown({data_, capacity_}, table()));
+            std::construct_at(end(), element);
+        } else {
+            setStorage(grownWith({data_, capacity_}, size_, std::forward<Args>(args)...));
+        }
         ++size_;
-        return *p;
+        return end()[-1];
     }
 
     // Copies of all elements of another vector, or of this one. The capacity becomes the new size exactly.
@@ -203,8 +211,11 @@ public:
     template <typename... Args>
     iterator emplace(const_iterator pos, Args &&... args) {
         int const index = int(pos - begin());
-        if (size_ == capacity_)
-            return growAndEmplace(index, std::forward<Args>(args)...);
+        if (size_ == capacity_) {
+            setStorage(grownWith({data_, capacity_}, index, std::forward<Args>(args)...));
+            ++size_;
+            return begin() + index;
+        }
         // Built before the slot opens: the arguments may lie in the vector, and a constructor that throws finds it
         // untouched.
         Carrier carrier(std::forward<Args>(args)...);
@@ -298,22 +309,30 @@ private:
     static constexpr bool keepsArguments = ((std::is_lvalue_reference_v<Args> ||
                                              std::is_trivially_copyable_v<Args>)&&...);
 
-    // The arguments may lie in the vector, so that the element is built before the old storage goes; and they must not
-    // get lost when there is no memory.
+    // Larger storage than a full one, with a new element at index. The arguments may lie in the old storage, so that
+    // the element is built before that goes; and they must not get lost when there is no memory.
     template <typename... Args>
-    [[gnu::noinline]] T * growAndEmplace(int index, Args &&... args) {
+    [[gnu::noinline]] static Storage grownWith(Storage full, int index, Args &&... args) {
         if constexpr (keepsArguments<Args...>) {
             Carrier carrier(std::forward<Args>(args)...);
-            return carrier.moveTo(openSlot(index));
+            Storage const grown = sGrown(full, table());
+            T * const slot = static_cast<T *>(grown.data) + index;
+            if (index != full.capacity)
+                std::memmove(static_cast<void *>(slot + 1), slot, sizeof(T) * std::size_t(full.capacity - index));
+            carrier.moveTo(slot);
+            return grown;
         } else {
-            int capacity = 0;
-            void * const storage = allocateStep(capacity);
-            detail::OnFailure freeAgain([storage] { freeStep(storage); });
-            T * const element = std::construct_at(static_cast<T *>(storage) + index, std::forward<Args>(args)...);
+            Storage const larger = sAllocatedStep(full, table());
+            detail::OnFailure freeAgain([&larger] { sFree(larger.data); });
+            std::construct_at(static_cast<T *>(larger.data) + index, std::forward<Args>(args)...);
             freeAgain.release();
-            moveInto(storage, capacity, index);
-            return element;
+            sMoveInto(larger, index, full, table());
+            return larger;
         }
+    }
+    void setStorage(Storage storage) {
+        data_ = storage.data;
+        capacity_ = storage.capacity;
     }
 
     // The elements gather in a vector of their own first: the iterators may lead through this one.

@@ -98,10 +98,42 @@ void * VectorImpl::growByOne() {
     return data_;
 }
 
-void VectorImpl::freeStorage() noexcept {
-    destroy(0, size_);
-    std::free(data_);
+void VectorImpl::freeStorage() noexcept { sFreeStorage(data_, size_, typeUtil_); }
+
+void VectorImpl::sFreeStorage(void * data, int size, TypeUtil const * typeUtil) noexcept {
+    if (size > 0 && typeUtil->destructRange)
+        typeUtil->destructRange(data, size);
+    std::free(data);
 }
+
+VectorImpl::Storage VectorImpl::sGrown(Storage full, TypeUtil const * typeUtil) {
+    std::size_t const elementSize = unsigned(typeUtil->elementSize);
+    int const capacity = grownCapacity(full.capacity);
+    void * const data =
+        detail::reallocateStorage(full.data, elementSize * unsigned(full.capacity), elementSize * unsigned(capacity),
+                                  std::size_t(unsigned(typeUtil->alignment)));
+    return {data, capacity};
+}
+
+VectorImpl::Storage VectorImpl::sAllocatedStep(Storage full, TypeUtil const * typeUtil) {
+    int const capacity = grownCapacity(full.capacity);
+    std::size_t const bytes = std::size_t(unsigned(typeUtil->elementSize)) * unsigned(capacity);
+    return {detail::allocateStorage(bytes, std::size_t(unsigned(typeUtil->alignment))), capacity};
+}
+
+void VectorImpl::sMoveInto(Storage larger, int index, Storage full, TypeUtil const * typeUtil) noexcept {
+    std::size_t const elementSize = unsigned(typeUtil->elementSize);
+    std::size_t const front = elementSize * unsigned(index);
+    auto * const to = static_cast<unsigned char *>(larger.data);
+    auto * const from = static_cast<unsigned char *>(full.data);
+    if (from) {
+        std::memcpy(to, from, front);
+        std::memcpy(to + front + elementSize, from + front, elementSize * unsigned(full.capacity) - front);
+    }
+    std::free(from);
+}
+
+void VectorImpl::sFree(void * storage) noexcept { std::free(storage); }
 
 void VectorImpl::destroy(int index, int n) noexcept {
     if (n > 0 && typeUtil_->destructRange)
@@ -180,28 +212,6 @@ void * VectorImpl::openSlot(int index) {
         shiftUp(index);
     ++size_;
     return at(index);
-}
-
-void * VectorImpl::allocateStep(int & capacity) const {
-    capacity = grownCapacity(capacity_);
-    return detail::allocateStorage(std::size_t(unsigned(typeUtil_->elementSize)) * unsigned(capacity),
-                                   std::size_t(unsigned(typeUtil_->alignment)));
-}
-
-void VectorImpl::freeStep(void * storage) noexcept { std::free(storage); }
-
-void VectorImpl::moveInto(void * storage, int capacity, int index) noexcept {
-    auto * const to = static_cast<unsigned char *>(storage);
-    std::size_t const front = std::size_t(at(index) - at(0));
-    std::size_t const used = std::size_t(at(size_) - at(0));
-    if (used) {
-        std::memcpy(to, data_, front);
-        std::memcpy(to + front + typeUtil_->elementSize, at(index), used - front);
-    }
-    std::free(data_);
-    data_ = storage;
-    capacity_ = capacity;
-    ++size_;
 }
 
 // Elements of 4 bytes take this way too: an unrolled copy of words from the top is as fast for a hundred of them, but
@@ -423,12 +433,6 @@ void * VectorImpl::erase(void * first, void * last) noexcept {
     destroy(index, n);
     closeGap(index, n);
     return first;
-}
-
-void VectorImpl::swap(VectorImpl & other) noexcept {
-    std::swap(data_, other.data_);
-    std::swap(size_, other.size_);
-    std::swap(capacity_, other.capacity_);
 }
 
 bool VectorImpl::validate() const {

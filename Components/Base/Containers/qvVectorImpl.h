@@ -4,6 +4,7 @@
 #define qvVectorImpl_h
 
 #include <cstddef>
+#include <utility>
 
 #include "Base/qvBaseConfig.h"
 
@@ -42,7 +43,7 @@ public:
     VectorImpl & operator=(VectorImpl const &) = delete;
     ~VectorImpl() {
         if (data_)
-            freeStorage();
+            sFreeStorage(data_, size_, typeUtil_);
     }
 
     int size() const { return size_; }
@@ -105,7 +106,11 @@ public:
     void * erase(void * first, void * last) noexcept;
 
     // Both vectors must have elements of the same type.
-    void swap(VectorImpl & other) noexcept;
+    void swap(VectorImpl & other) noexcept {
+        std::swap(data_, other.data_);
+        std::swap(size_, other.size_);
+        std::swap(capacity_, other.capacity_);
+    }
 
     // For tests: whether the fields agree with one another.
     bool validate() const;
@@ -140,12 +145,21 @@ protected:
     // The one-element form, with the growth steps.
     void * openSlot(int index);
 
-    // For an element that must not be touched before there is memory for it: storage of the next growth step's
-    // capacity, which the vector does not use yet; and the move into it, around the element that was constructed there
-    // at index. Storage that is not used after all goes back with freeStep.
-    void * allocateStep(int & capacity) const;
-    static void freeStep(void * storage) noexcept;
-    void moveInto(void * storage, int capacity, int index) noexcept;
+    // What follows is given values and gives values, not the vector: one that is used in one function alone, and of
+    // which no call gets the address, is kept in registers.
+    struct Storage {
+        void * data;
+        int capacity;
+    };
+    // The storage of a full vector with one growth step more.
+    static Storage sGrown(Storage full, TypeUtil const * typeUtil);
+    // For an element that must not be touched before there is memory for it: storage of the next growth step's capacity
+    // beside the full one; and the move into it, around the element that was constructed there at index. Storage that
+    // is not used after all goes back with sFree.
+    static Storage sAllocatedStep(Storage full, TypeUtil const * typeUtil);
+    static void sMoveInto(Storage larger, int index, Storage full, TypeUtil const * typeUtil) noexcept;
+    static void sFree(void * storage) noexcept;
+    static void sFreeStorage(void * data, int size, TypeUtil const * typeUtil) noexcept;
 
     // Move all elements of another vector of the same type in front of the one at index, or in place of all that are
     // here. That one becomes empty.
