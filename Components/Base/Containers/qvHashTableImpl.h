@@ -206,7 +206,10 @@ private:
 
     HashNodeImpl const * firstNodeFrom(int bucket) const {
         HashNodeImpl * const * const heads = bucketArray();
+        constexpr int ahead = 16;
         for (int const n = buckets_.size(); bucket < n; ++bucket) {
+            if (bucket + ahead < n)
+                __builtin_prefetch(heads[bucket + ahead]); // the walk gets there soon
             if (heads[bucket])
                 return heads[bucket];
         }

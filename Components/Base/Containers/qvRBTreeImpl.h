@@ -208,8 +208,10 @@ inline RBTreeImpl::Node const * RBTreeImpl::Node::next() const {
     Node const * node = this;
     if (node->right) {
         node = node->right;
-        while (node->left)
+        while (node->left) {
+            __builtin_prefetch(node->right); // the walk comes by there behind this node
             node = node->left;
+        }
         return node;
     }
     Node const * above = node->parent;
