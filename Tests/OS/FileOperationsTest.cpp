@@ -125,10 +125,10 @@ TEST_F(FileOperations, NewNamesAreNobodys) {
 }
 
 TEST_F(FileOperations, CleanUpTakesOldFilesOfKnownNames) {
-    std::set<std::string> const taken = {"vor123.unload", "vor12.unload1.unload", "vorenTempFile.1", "a.vz$",
-                                         "mek123out4",    "mek1234cmd5.bat"};
+    std::set<std::string> const taken = {"vor123.unload", "vor12.unload1.unload", "vorenTempFile.1",
+                                         "a.vz$",         "mek123out4",           "mek1234cmd5.bat"};
     std::set<std::string> const left = {"vor12.unload", "vorenTempFile.", ".vz$",       "mek12out4",
-                                        "mek123outx",   "mek12cmd5.bat", "x.unload.x", "OVTMP123"};
+                                        "mek123outx",   "mek12cmd5.bat",  "x.unload.x", "OVTMP123"};
     utimbuf const old{::time(nullptr) - 604900, ::time(nullptr) - 604900};
     fs::create_directories(path("sub"));
     auto const make = [&](std::string const & file) {

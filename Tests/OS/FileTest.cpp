@@ -213,8 +213,9 @@ TEST_F(FileTest, CopiesFilesAndTrees) {
         char const * to;
         int failure;
     } const rows[] = {
-        {"from/large", "from/large", 7}, {"from/large", "other", 7}, {"from", "from/inside", 7},
-        {"missing", "x", 18},            {"from/large", "no/x", 4},  {"from/sub/small", "from", 4},
+        {"from/large", "from/large", 7}, {"from/large", "other", 7},
+        {"from", "from/inside", 7},      {"missing", "x", 18},
+        {"from/large", "no/x", 4},       {"from/sub/small", "from", 4},
     };
     for (auto const & row : rows) {
         File to(name(row.to));
@@ -288,8 +289,7 @@ TEST_F(FileTest, TellsWhatItKnows) {
     ASSERT_THAT(File::query(name("missing"), status), Succeeds());
     EXPECT_FALSE(status.exists() || status.isReadable());
     File missing(name("missing"));
-    EXPECT_THAT(missing.query(status, true),
-                FailsWith(-1, "Failed to query Owner/Group of " + path("missing")));
+    EXPECT_THAT(missing.query(status, true), FailsWith(-1, "Failed to query Owner/Group of " + path("missing")));
     EXPECT_EQ(status.getOwner(), "Unknown");
     EXPECT_THAT(File::query(IString(4000, L'x'), status), FailsWith(4, "File name too long"));
 
@@ -401,8 +401,8 @@ TEST_F(FileTest, WalksLevelByLevel) {
     writeBytes(path("r/a/aa/x"), "");
     writeBytes(path("r/f"), "");
     fs::create_directory_symlink(path("r"), path("r/a/cycle"));
-    std::vector<std::string> const expected = {path("r/"), path("r/a/"), path("r/f"), path("r/a/aa/"),
-                                               path("r/a/cycle"), path("r/a/aa/x")};
+    std::vector<std::string> const expected = {path("r/"),      path("r/a/"),      path("r/f"),
+                                               path("r/a/aa/"), path("r/a/cycle"), path("r/a/aa/x")};
     std::vector<std::string> names = walked(path("r///"));
     ASSERT_EQ(names.size(), expected.size());
     EXPECT_EQ(names[0], expected[0]);

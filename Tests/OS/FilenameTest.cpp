@@ -92,8 +92,8 @@ TEST(Filename, TellsAbsolutePaths) {
         wchar_t separator;
         bool isAbsolute;
     } const rows[] = {
-        {"\\\\srv", L'\\', true}, {"C:\\", L'\\', true},  {"C:\\x", L'\\', true},  {"\\foo", L'\\', false},
-        {"C:foo", L'\\', false},  {"/usr", L'\\', false}, {"/usr", L'/', true},    {"usr/x", L'/', false},
+        {"\\\\srv", L'\\', true}, {"C:\\", L'\\', true},  {"C:\\x", L'\\', true}, {"\\foo", L'\\', false},
+        {"C:foo", L'\\', false},  {"/usr", L'\\', false}, {"/usr", L'/', true},   {"usr/x", L'/', false},
         {"", L'/', false},        {"C:/x", L'/', false},  {"\\foo", L'/', true},
     };
     for (auto const & row : rows)
@@ -136,8 +136,8 @@ TEST(Filename, IsAValueWithASeparatorOfItsOwn) {
     EXPECT_EQ(assigned.basename(), IString("c"));
     assigned = custom;
     EXPECT_EQ(copy.name(), IString("a\\b"));
-    EXPECT_EQ(copy.basename(), IString("a\\b"));    // the default separator
-    EXPECT_EQ(assigned.basename(), IString("b"));   // the source's
+    EXPECT_EQ(copy.basename(), IString("a\\b"));  // the default separator
+    EXPECT_EQ(assigned.basename(), IString("b")); // the source's
     assigned = IString("x/y");
     EXPECT_EQ(assigned.name(), IString("x\\y"));
     EXPECT_EQ(assigned.dirname(), IString("x"));

@@ -6,6 +6,7 @@
 #include "Base/DataFiles/Internal/ioBufferTCP.h"
 #include "Base/DataFiles/Internal/ioNumberText.h"
 #include "Base/DataFiles/Internal/ioStreamBlock.h"
+#include "Base/DataFiles/ioPackageFileEntry.h"
 
 #include <algorithm>
 #include <cstring>
@@ -44,6 +45,18 @@ void ioBufferedStreamInput::openFileSlice(qvString::IString const & name, std::i
         end->resume();
     } else if (!good()) {
         abandonChain();
+    }
+}
+
+void ioBufferedStreamInput::openPackageFileEntry(ioPackageFileEntry const * entry) {
+    close();
+    setStatus(ioStreamGood);
+    if (!entry) {
+        setStatus(ioStreamFailed);
+    } else if (entry->getPackageName().isEmpty()) {
+        setStatus(ioStreamOpenFailed);
+    } else {
+        openFileSlice(entry->getPackageName(), entry->getOffset(), entry->getSize());
     }
 }
 

@@ -8,6 +8,7 @@
 namespace qvOS {
 class IOStream;
 }
+class ioPackageFileEntry;
 
 // Reads from a file, from standard input or, through other ends of the chain, from elsewhere:
 //
@@ -33,6 +34,9 @@ public:
     // the file, or is empty, sets ioStreamEOF but opens: readData gives what is there at once, the other operations
     // behind resetStatus. A start or a size below 0 gives ioStreamOpenFailed.
     void openFileSlice(qvString::IString const & name, std::int64_t start, std::int64_t size);
+    // The bytes of an entry as they are stored: those of a compressed one need compress(true) and then checksum(true).
+    // A null entry gives ioStreamFailed, one of a package that is not open ioStreamOpenFailed.
+    void openPackageFileEntry(ioPackageFileEntry const * entry);
     // close will close standard input.
     void openStdin();
 

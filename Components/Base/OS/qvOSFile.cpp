@@ -73,13 +73,9 @@ Error File::readDir(qv::vector<IString> & list, bool fullPaths) {
     return transport_->readDir(list, fullPaths);
 }
 
-Error File::copyTo(File & target) {
-    return isOpen() ? getError(fileIsOpen) : transport_->copyTo(*target.transport_);
-}
+Error File::copyTo(File & target) { return isOpen() ? getError(fileIsOpen) : transport_->copyTo(*target.transport_); }
 
-Error File::moveTo(File & target) {
-    return isOpen() ? getError(fileIsOpen) : transport_->moveTo(*target.transport_);
-}
+Error File::moveTo(File & target) { return isOpen() ? getError(fileIsOpen) : transport_->moveTo(*target.transport_); }
 
 Error File::deleteSelf(int flags) {
     if (isOpen())

@@ -14,9 +14,9 @@ namespace qvOS {
 /// pass Filename::name() to have it in normal form. It is closed until open() and again after close(); the destructor
 /// closes it. A File belongs to one thread at a time.
 ///
-/// Failures have the numbers and texts of getError(). What needs the file to be closed gives 9 while it is open. Reading
-/// and writing go straight to the storage: read and write in blocks. Calls on a File that is not valid are a fault of
-/// the caller.
+/// Failures have the numbers and texts of getError(). What needs the file to be closed gives 9 while it is open.
+/// Reading and writing go straight to the storage: read and write in blocks. Calls on a File that is not valid are a
+/// fault of the caller.
 ///
 ///     qvOS::File file(L"notes.txt");
 ///     if (qvUtil::Error const error = file.open(qvOS::OpenRead))

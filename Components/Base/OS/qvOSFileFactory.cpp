@@ -31,9 +31,7 @@ FileTransport * FileFactoryImpl::createTransport(IString const & name) {
     return localFactory_->create(name);
 }
 
-void FileFactoryImpl::registerTransportFactory(FileTransportFactory * factory) {
-    transportFactories_.append(factory);
-}
+void FileFactoryImpl::registerTransportFactory(FileTransportFactory * factory) { transportFactories_.append(factory); }
 
 qvUtil::Error FileFactoryInitializer::initialize() {
     static_cast<void>(FileFactory::getFileFactory());

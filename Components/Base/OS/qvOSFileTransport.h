@@ -9,26 +9,20 @@
 
 namespace qvOS {
 
-/// How a transport is opened: a set of these bits. Text is binary on this platform. OpenRead with OpenWrite opens a file
-/// that must exist for both, and keeps its contents; OpenWrite alone creates or empties; OpenAppend, which overrides
-/// the two, creates when needed, reads anywhere and writes at the end. OpenCreate and OpenBinary change nothing.
-enum OpenMode {
-    OpenText = 1,
-    OpenBinary = 2,
-    OpenRead = 4,
-    OpenWrite = 8,
-    OpenAppend = 16,
-    OpenCreate = 32
-};
+/// How a transport is opened: a set of these bits. Text is binary on this platform. OpenRead with OpenWrite opens a
+/// file that must exist for both, and keeps its contents; OpenWrite alone creates or empties; OpenAppend, which
+/// overrides the two, creates when needed, reads anywhere and writes at the end. OpenCreate and OpenBinary change
+/// nothing.
+enum OpenMode { OpenText = 1, OpenBinary = 2, OpenRead = 4, OpenWrite = 8, OpenAppend = 16, OpenCreate = 32 };
 
 /// How File::deleteSelf() goes about it.
 enum DeleteFlags {
-    DeleteShallow = 64,  ///< a directory itself, which must be empty
+    DeleteShallow = 64,   ///< a directory itself, which must be empty
     DeleteRecursing = 128 ///< what a deletion of a whole tree passes on; changes nothing
 };
 
-/// A named resource of some kind of storage: the local disk, or what a module adds through FileFactory. It is a value of
-/// one thread at a time. File is the handle that callers use on one.
+/// A named resource of some kind of storage: the local disk, or what a module adds through FileFactory. It is a value
+/// of one thread at a time. File is the handle that callers use on one.
 ///
 /// The numbers and texts of its failures are those of File::getError(); an operation that a transport does not offer
 /// gives -1 with "This function is not implemented.". Storage of another kind implements what is pure here.

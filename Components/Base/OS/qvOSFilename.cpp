@@ -205,8 +205,8 @@ void Filename::removeTrailingSeparators(IString & s, wchar_t sep) const {
         s.erase(static_cast<unsigned>(length));
 }
 
-// Takes the leftmost "/../" until there is none, in one walk: what was walked over never holds one, so the next can only
-// end behind it.
+// Takes the leftmost "/../" until there is none, in one walk: what was walked over never holds one, so the next can
+// only end behind it.
 void Filename::removeSlashDotDotSlash(IString & s, wchar_t sep) const {
     wchar_t const slash = patternSeparator(sep);
     wchar_t const pattern[] = {slash, L'.', L'.', slash};

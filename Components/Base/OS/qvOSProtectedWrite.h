@@ -18,9 +18,9 @@ namespace qvOS {
 ///     if (!saving.finalize())
 ///         return failed(saving.getStatus());
 ///
-/// What a process that ends at some point leaves: while the caller writes, the old file and a part of the new one; during
-/// finalize(), the old file, or the old one under the backup's name with the new one whole beside it, or the new one. The
-/// names are fresh each time, and nothing looks for such leftovers.
+/// What a process that ends at some point leaves: while the caller writes, the old file and a part of the new one;
+/// during finalize(), the old file, or the old one under the backup's name with the new one whole beside it, or the new
+/// one. The names are fresh each time, and nothing looks for such leftovers.
 ///
 /// The permission bits of the file stay. Where its name is a symbolic link, what the link leads to is replaced; a link
 /// that leads to nothing, and a directory, count as not writable. Two at once on one file are not provided for.

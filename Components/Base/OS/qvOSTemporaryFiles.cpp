@@ -17,7 +17,7 @@ namespace {
 
 Filename newName(Filename const & directory, IString const & prefix, IString const & suffix) {
     IString unique;
-    if (qvPlatform::makeUniqueFile(directory.name(), prefix, unique).good())
+    if (qvPlatform::makeUniqueFile(directory.name(), prefix, qvPlatform::Access::ownerOnly, unique).good())
         qvPlatform::removeFile(unique);
     Filename const made(unique);
     IString name = made.dirname();

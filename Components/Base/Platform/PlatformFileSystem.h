@@ -93,6 +93,9 @@ FileResult removeFile(qvString::IString const & name);
 // Never replaces anything: the outcome is `exists` then. `invalid` tells a directory that would go into itself.
 FileResult renameFile(qvString::IString const & from, qvString::IString const & to);
 
+// Takes the place of a file that is there, in one step.
+FileResult replaceFile(qvString::IString const & from, qvString::IString const & to);
+
 FileResult setModificationTime(qvString::IString const & name, std::int64_t seconds);
 FileResult setPermissions(qvString::IString const & name, std::uint32_t permissions);
 
@@ -114,9 +117,14 @@ FileResult resolvedName(qvString::IString const & name, qvString::IString & reso
 // TMPDIR of the environment where that is a directory, else /tmp.
 qvString::IString temporaryDirectory();
 
-// Makes a new empty file of a name that was not there: up to three characters of the prefix, hexadecimal digits, ".tmp".
-// For its owner only.
-FileResult makeUniqueFile(qvString::IString const & directory, qvString::IString const & prefix,
+enum class Access {
+    ownerOnly, // reading and writing
+    byMask     // what the user's mask leaves to everybody
+};
+
+// Makes a new empty file of a name that was not there: up to three characters of the prefix, hexadecimal digits,
+// ".tmp".
+FileResult makeUniqueFile(qvString::IString const & directory, qvString::IString const & prefix, Access access,
                           qvString::IString & name);
 
 struct FileSystemFacts {

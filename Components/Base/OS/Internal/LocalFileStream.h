@@ -1,5 +1,5 @@
-// An open local file: what a stream of the C runtime does, but that no write waits in a buffer, so that every failure is
-// told by the call that meets it.
+// An open local file: what a stream of the C runtime does, but that no write waits in a buffer, so that every failure
+// is told by the call that meets it.
 
 #ifndef LocalFileStream_h
 #define LocalFileStream_h

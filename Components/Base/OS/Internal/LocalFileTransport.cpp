@@ -160,7 +160,7 @@ Error LocalFileTransport::openTemp(int mode) {
         if (prefix.isEmpty() || prefix == L".")
             prefix = L"OVT";
         IString unique;
-        result = qvPlatform::makeUniqueFile(directory, prefix, unique);
+        result = qvPlatform::makeUniqueFile(directory, prefix, qvPlatform::Access::ownerOnly, unique);
         if (result.good()) {
             result = stream_.open(unique, *wanted);
             if (result.good()) {

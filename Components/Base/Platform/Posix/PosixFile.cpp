@@ -150,11 +150,15 @@ FileResult seekToEnd(Descriptor descriptor) {
     return posix::outcomeOfCall([&] { return ::lseek(descriptor, 0, SEEK_END); });
 }
 
-std::int64_t currentPosition(Descriptor descriptor) { return ::lseek(descriptor, 0, SEEK_CUR); }
+std::int64_t currentPosition(Descriptor descriptor) {
+    int number = 0;
+    return repeated([&] { return ::lseek(descriptor, 0, SEEK_CUR); }, number);
+}
 
 std::int64_t sizeOfFile(qvString::IString const & name) {
     struct stat status;
-    return ::stat(systemName(name).get(), &status) == 0 ? std::int64_t{status.st_size} : -1;
+    FileResult const result = posix::SystemName(name).run([&](char const * path) { return ::stat(path, &status); });
+    return result.good() ? std::int64_t{status.st_size} : -1;
 }
 
 } // namespace qvPlatform

@@ -59,8 +59,8 @@ FileResult queryAt(int directory, char const * path, int flags, FileFacts & fact
 
 FileResult openAndSync(IString const & name, int flags) {
     int descriptor = noDescriptor;
-    FileResult const opened = SystemName(name).run(
-        [&](char const * path) { return descriptor = ::open(path, flags | O_CLOEXEC); });
+    FileResult const opened =
+        SystemName(name).run([&](char const * path) { return descriptor = ::open(path, flags | O_CLOEXEC); });
     if (!opened.good()) {
         return opened;
     }
@@ -331,6 +331,14 @@ FileResult renameFile(IString const & from, IString const & to) {
         }
         return ::rename(path, target.get());
     });
+}
+
+FileResult replaceFile(IString const & from, IString const & to) {
+    SystemName const target(to);
+    if (!target.isWhole()) {
+        return outcomeOf(ENOENT);
+    }
+    return SystemName(from).run([&](char const * path) { return ::rename(path, target.get()); });
 }
 
 FileResult setModificationTime(IString const & name, std::int64_t seconds) {

@@ -73,9 +73,10 @@ IString nameFromSystem(char const * bytes) {
     return IString(text.c_str(), static_cast<int>(text.size()));
 }
 
-FileResult makeUniqueFile(IString const & directory, IString const & prefix, IString & name) {
+FileResult makeUniqueFile(IString const & directory, IString const & prefix, Access access, IString & name) {
     constexpr unsigned longestPrefix = 3;
     constexpr int attempts = 100;
+    mode_t const mode = access == Access::ownerOnly ? 0600 : 0666;
     IString start;
     start.assign(directory);
     if (!start.isEmpty() && start[start.length() - 1] != nameSeparator()) {
@@ -99,9 +100,8 @@ FileResult makeUniqueFile(IString const & directory, IString const & prefix, ISt
         candidate.format(L"%08X.tmp", digits);
         candidate.prepend(start);
         Descriptor descriptor = noDescriptor;
-        result = posix::SystemName(candidate).run([&](char const * path) {
-            return descriptor = ::open(path, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-        });
+        result = posix::SystemName(candidate).run(
+            [&](char const * path) { return descriptor = ::open(path, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode); });
         if (result.good()) {
             result = closeDescriptor(descriptor);
             name = static_cast<IString &&>(candidate);
