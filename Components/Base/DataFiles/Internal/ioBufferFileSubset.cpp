@@ -34,7 +34,9 @@ bool ioBufferFileSubset::seek(std::int64_t position) {
     forgetBlocks();
     current_ = -1;
     if (position < 0 || position >= size_) {
-        setStatus(ioBufferEOF);
+        if (good()) {
+            setStatus(ioBufferEOF);
+        }
         return false;
     }
     if (!inner_.seek(start_ + position)) {
