@@ -1,7 +1,8 @@
 // makeCorpus FOLDER: writes seeds for the fuzz targets into the folder's folders: a packet file of each form and byte
-// order, and some data through each filter.
+// order, packages, and some data through each filter.
 
 #include "Base/DataFiles/ioBufferedStreamOutput.h"
+#include "Base/DataFiles/ioPackageFile.h"
 #include "DataFiles/PacketFileSupport.h"
 
 #include <cstdio>
@@ -34,6 +35,28 @@ void writeThroughFilters(std::string const & folder) {
             out.writeString("behind");
             out.close();
         }
+    }
+}
+
+// Entries plain and compressed, a hole, and one with nothing.
+void writePackages(std::string const & folder) {
+    std::string const sample = folder + "/packages/sample";
+    std::string const source = folder + "/source";
+    ioPackageFile package;
+    bool isMade = !package.open(qvTest::wide(sample));
+    std::pair<char const *, std::string> const entries[] = {
+        {"dir/plain", words(5)}, {"gone", words(40)}, {"dir/packed", words(200)}, {"empty", ""}};
+    for (auto const & [name, text] : entries) {
+        qvTest::writeBytes(source, text);
+        isMade = isMade && !package.addEntry(qvTest::wide(source), qvTest::wide(name), text.size() > 500);
+    }
+    isMade = isMade && !package.deleteEntry(qvTest::wide("gone")) && !package.update();
+    package.close();
+    std::remove(source.c_str());
+    ioPackageFile none;
+    isMade = isMade && !none.open(qvTest::wide(folder + "/packages/none")) && !none.update();
+    if (!isMade) {
+        std::fputs("the packages cannot be made\n", stderr);
     }
 }
 
@@ -75,5 +98,6 @@ int main(int argc, char ** argv) {
         qvTest::writeBytes(std::string(argv[1]) + "/packets/" + names[static_cast<int>(form)], file);
     }
     writeThroughFilters(argv[1]);
+    writePackages(argv[1]);
     return 0;
 }
