@@ -23,7 +23,8 @@ bool angle(Normal const & a, Normal const & b, double & result) {
 double unitCircleRotation(Normal const & a, Normal const & xAxis, Normal const & yAxis, bool positive) {
     if (!a.isValid())
         return 0;
-    double const turn = std::atan2(dot(a, yAxis), dot(a, xAxis));
+    // The half axis to the left is at pi, also where its y is -0.
+    double const turn = std::atan2(dot(a, yAxis) + 0.0, dot(a, xAxis));
     return positive && turn < 0 ? turn + twoPi : turn;
 }
 
