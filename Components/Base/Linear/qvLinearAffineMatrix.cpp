@@ -30,8 +30,8 @@ void fixPoint(AffineMatrix & matrix, Point const & p) {
 
 // The translation of the inverse, given the inverse's linear part.
 void invertTranslation(AffineMatrix & inverse, AffineMatrix const & matrix) {
-    Vector const translation = -(matrix.getTranslate() * inverse);
-    translation.get(inverse.m + 9);
+    for (int i = 0; i < 3; ++i)
+        inverse.m[9 + i] = -detail::timesColumn<3>(matrix.m[9], matrix.m[10], matrix.m[11], inverse.m, i);
 }
 
 // Two rows of the linear part are replaced by their combinations with c and s.

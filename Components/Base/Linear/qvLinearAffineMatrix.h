@@ -103,14 +103,14 @@ public:
         return product;
     }
     friend constexpr Point operator*(Point const & p, AffineMatrix const & matrix) {
-        return detail::generate<Point>([&](int i) { return matrix.linear(p, i) + matrix.m[9 + i]; });
+        return detail::transformAffine<detail::Translation::yes>(p, matrix.m);
     }
     friend constexpr HPoint operator*(HPoint const & p, AffineMatrix const & matrix) {
         auto const component = [&](int i) { return matrix.linear(p, i) + p.w * matrix.m[9 + i]; };
         return HPoint(component(0), component(1), component(2), p.w);
     }
     friend constexpr Vector operator*(Vector const & v, AffineMatrix const & matrix) {
-        return detail::generate<Vector>([&](int i) { return matrix.linear(v, i); });
+        return detail::transformAffine<detail::Translation::no>(v, matrix.m);
     }
     // The direction is normalised again.
     friend QV_EXPORT Line operator*(Line const & line, AffineMatrix const & matrix);

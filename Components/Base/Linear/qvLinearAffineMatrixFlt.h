@@ -55,10 +55,10 @@ public:
         return product;
     }
     friend constexpr PointFlt operator*(PointFlt const & p, AffineMatrixFlt const & matrix) {
-        return detail::generate<PointFlt>([&](int i) { return matrix.linear(p, i) + matrix.m[9 + i]; });
+        return detail::transformAffine<detail::Translation::yes>(p, matrix.m);
     }
     friend constexpr VectorFlt operator*(VectorFlt const & v, AffineMatrixFlt const & matrix) {
-        return detail::generate<VectorFlt>([&](int i) { return matrix.linear(v, i); });
+        return detail::transformAffine<detail::Translation::no>(v, matrix.m);
     }
 
     float m[12];
@@ -66,11 +66,6 @@ public:
 private:
     friend class detail::MatrixComponents<AffineMatrixFlt, float, 4, 3>;
     static constexpr char const * printedBeginning = "AffineMatrixFlt(";
-
-    template <class V>
-    constexpr float linear(V const & v, int column) const {
-        return detail::timesColumn<3>(v[0], v[1], v[2], m, column);
-    }
 };
 
 inline constexpr AffineMatrixFlt AffineMatrixFlt::Identity(1.0F);

@@ -43,6 +43,18 @@ public:
         self() = generate<V>([&](int i) { return self()[i] * T(-1); });
     }
 
+protected:
+    // Scales to length 1, or gives zero and false when the squared length is not above the tolerance.
+    bool normalizeWith(T tol2) {
+        T const square = length2();
+        if (square > tol2) {
+            self() *= 1 / std::sqrt(square);
+            return true;
+        }
+        self() = generate<V>([](int) { return T(0); });
+        return false;
+    }
+
 private:
     constexpr V & self() { return static_cast<V &>(*this); }
     constexpr V const & self() const { return static_cast<V const &>(*this); }

@@ -2,13 +2,21 @@
 
 #include "Base/Linear/Internal/Elimination.h"
 #include "Base/Linear/Internal/TransposeFour.h"
+#include "Base/Linear/qvLinearLanes.h"
 #include "Base/Linear/qvLinearTolerance.h"
+#include "Base/Linear/qvLinearTuple2.h"
 
 #include <cmath>
 
 namespace qvLinear {
 
 namespace {
+
+#if QV_LINEAR_LANES
+using Pair = detail::Doubles;
+#else
+using Pair = Tuple2;
+#endif
 
 // The determinants of two rows and the two columns that are named.
 struct Minors {
@@ -18,17 +26,30 @@ struct Minors {
         : d01(a[0] * b[1] - a[1] * b[0]), d02(a[0] * b[2] - a[2] * b[0]), d03(a[0] * b[3] - a[3] * b[0]),
           d12(a[1] * b[2] - a[2] * b[1]), d13(a[1] * b[3] - a[3] * b[1]), d23(a[2] * b[3] - a[3] * b[2]) {}
 
-    // The determinants of a further row and these two, each without one of the columns.
-    double without0(double const * r) const { return r[1] * d23 - r[2] * d13 + r[3] * d12; }
-    double without1(double const * r) const { return r[0] * d23 - r[2] * d03 + r[3] * d02; }
-    double without2(double const * r) const { return r[0] * d13 - r[1] * d03 + r[3] * d01; }
-    double without3(double const * r) const { return r[0] * d12 - r[1] * d02 + r[2] * d01; }
+    // The determinants of a further row and these two, each without one of the columns. A is a number, or the pair of
+    // numbers of two such rows.
+    template <class A>
+    A without0(A const & r1, A const & r2, A const & r3) const {
+        return r1 * d23 - r2 * d13 + r3 * d12;
+    }
+    template <class A>
+    A without1(A const & r0, A const & r2, A const & r3) const {
+        return r0 * d23 - r2 * d03 + r3 * d02;
+    }
+    template <class A>
+    A without2(A const & r0, A const & r1, A const & r3) const {
+        return r0 * d13 - r1 * d03 + r3 * d01;
+    }
+    template <class A>
+    A without3(A const & r0, A const & r1, A const & r2) const {
+        return r0 * d12 - r1 * d02 + r2 * d01;
+    }
 };
 
 // By cofactors along the first row.
 double determinantOf(double const * m, Minors const & lower) {
-    return m[0] * lower.without0(m + 4) - m[1] * lower.without1(m + 4) + m[2] * lower.without2(m + 4) -
-           m[3] * lower.without3(m + 4);
+    return m[0] * lower.without0(m[5], m[6], m[7]) - m[1] * lower.without1(m[4], m[6], m[7]) +
+           m[2] * lower.without2(m[4], m[5], m[7]) - m[3] * lower.without3(m[4], m[5], m[6]);
 }
 
 } // namespace
@@ -60,15 +81,29 @@ bool ProjMatrix::invertFast() {
     double const determinant = determinantOf(m, lower);
     if (std::fabs(determinant) < epsilonTol)
         return false;
-    double const scale = 1 / determinant;
-    double const inverted[16] = {
-        lower.without0(m + 4) * scale,   -lower.without0(m) * scale,     upper.without0(m + 12) * scale,
-        -upper.without0(m + 8) * scale,  -lower.without1(m + 4) * scale, lower.without1(m) * scale,
-        -upper.without1(m + 12) * scale, upper.without1(m + 8) * scale,  lower.without2(m + 4) * scale,
-        -lower.without2(m) * scale,      upper.without2(m + 12) * scale, -upper.without2(m + 8) * scale,
-        -lower.without3(m + 4) * scale,  lower.without3(m) * scale,      -upper.without3(m + 12) * scale,
-        upper.without3(m + 8) * scale};
-    set(inverted);
+    double const s = 1 / determinant;
+    // Pairs of rows: what the first two columns of the inverse are made of, and the last two.
+    Pair const signs{s, -s};
+    Pair const r0{m[4], m[0]};
+    Pair const r1{m[5], m[1]};
+    Pair const r2{m[6], m[2]};
+    Pair const r3{m[7], m[3]};
+    Pair const q0{m[12], m[8]};
+    Pair const q1{m[13], m[9]};
+    Pair const q2{m[14], m[10]};
+    Pair const q3{m[15], m[11]};
+    auto const setRow = [&](double * row, Pair const & left, Pair const & right, Pair const & sign) {
+        Pair const a = left * sign;
+        Pair const b = right * sign;
+        row[0] = a[0];
+        row[1] = a[1];
+        row[2] = b[0];
+        row[3] = b[1];
+    };
+    setRow(m, lower.without0(r1, r2, r3), upper.without0(q1, q2, q3), signs);
+    setRow(m + 4, lower.without1(r0, r2, r3), upper.without1(q0, q2, q3), -signs);
+    setRow(m + 8, lower.without2(r0, r1, r3), upper.without2(q0, q1, q3), signs);
+    setRow(m + 12, lower.without3(r0, r1, r2), upper.without3(q0, q1, q2), -signs);
     return true;
 }
 

@@ -5,8 +5,10 @@
 
 #include <cmath>
 #include <iosfwd>
+#include <type_traits>
 
 #include "Base/Linear/qvLinearAffineMatrix.h"
+#include "Base/Linear/qvLinearLanes.h"
 #include "Base/Linear/qvLinearNormal.h"
 #include "Base/Linear/qvLinearVector.h"
 
@@ -73,31 +75,57 @@ public:
     QV_EXPORT void setFrame(Normal const & a, Normal const & b, Normal const & c);
     QV_EXPORT void getFrame(Normal & a, Normal & b, Normal & c) const;
     // The matrix of a quaternion of length 1, without a translation.
-    constexpr void getMatrix(AffineMatrix & matrix) const {
-        double const xx = x * x;
-        double const yy = y * y;
-        double const zz = z * z;
-        double const xy = x * y;
-        double const xz = x * z;
-        double const yz = y * z;
-        double const wx = w * x;
-        double const wy = w * y;
-        double const wz = w * z;
-        double * const m = matrix.m;
-        m[0] = 1 - 2 * (yy + zz);
-        m[1] = 2 * (xy + wz);
-        m[2] = 2 * (xz - wy);
-        m[3] = 2 * (xy - wz);
-        m[4] = 1 - 2 * (xx + zz);
-        m[5] = 2 * (yz + wx);
-        m[6] = 2 * (xz + wy);
-        m[7] = 2 * (yz - wx);
-        m[8] = 1 - 2 * (xx + yy);
-        m[9] = m[10] = m[11] = 0;
-    }
+    constexpr void getMatrix(AffineMatrix & matrix) const;
 
     double x, y, z, w;
 };
+
+constexpr void Quaternion::getMatrix(AffineMatrix & matrix) const {
+    double * const m = matrix.m;
+#if QV_LINEAR_LANES
+    if (!std::is_constant_evaluated()) {
+        // The numbers in pairs, as they lie in the matrix. Adding -0 changes nothing.
+        using namespace detail;
+        double const * const p = reinterpret_cast<double const *>(this);
+        Doubles const xy = lanesAt(p);
+        Doubles const yz = lanesAt(p + 1);
+        Doubles const zw = lanesAt(p + 2);
+        Doubles const yx = __builtin_shufflevector(xy, xy, 1, 0);
+        Doubles const zy = __builtin_shufflevector(yz, yz, 1, 0);
+        Doubles const xz = __builtin_shufflevector(xy, zw, 0, 2);
+        Doubles const zx = __builtin_shufflevector(zw, xy, 0, 2);
+        Doubles const xx = __builtin_shufflevector(xy, xy, 0, 0);
+        Doubles const yy = __builtin_shufflevector(xy, xy, 1, 1);
+        Doubles const zz = __builtin_shufflevector(zw, zw, 0, 0);
+        Doubles const ww = __builtin_shufflevector(zw, zw, 1, 1);
+        Doubles const first = yx * yy;  // y y, x y
+        Doubles const second = xy * xz; // x x, y z
+        Doubles const diagonal{1, -0.0};
+        Doubles const twice{-2, 2};
+        Doubles const sums = xy * zz + (ww * Doubles{1, -1}) * yx;
+        Doubles const differences = xx * zy - ww * yz;
+        double const corner = second[0] + first[0];
+        store(m, diagonal + twice * (first + zw * zz));
+        store(m + 2, differences + differences);
+        store(m + 4, diagonal + twice * (second + zw * zx));
+        store(m + 6, sums + sums);
+        m[8] = 1 - (corner + corner);
+        m[9] = 0;
+        store(m + 10, Doubles{0, 0});
+        return;
+    }
+#endif
+    m[0] = 1 - 2 * (y * y + z * z);
+    m[1] = 2 * (x * y + w * z);
+    m[2] = 2 * (x * z - w * y);
+    m[3] = 2 * (x * y - w * z);
+    m[4] = 1 - 2 * (x * x + z * z);
+    m[5] = 2 * (y * z + w * x);
+    m[6] = 2 * (x * z + w * y);
+    m[7] = 2 * (y * z - w * x);
+    m[8] = 1 - 2 * (x * x + y * y);
+    m[9] = m[10] = m[11] = 0;
+}
 
 constexpr double dot(Quaternion const & a, Quaternion const & b) {
     return a.x * b.x + a.y * b.y + a.z * b.z + a.w * b.w;

@@ -7,6 +7,7 @@
 #include <iosfwd>
 
 #include "Base/Linear/qvLinearArithmetic.h"
+#include "Base/Linear/qvLinearTolerance.h"
 
 namespace qvLinear {
 
@@ -48,7 +49,7 @@ public:
 
     // Scales to length 1. A vector whose squared length is not above epsilon2TolFlt becomes zero, and the result is
     // false.
-    QV_EXPORT bool normalize();
+    bool normalize() { return normalizeWith(epsilon2TolFlt); }
 
     constexpr PointFlt asPointFlt() const;
 
