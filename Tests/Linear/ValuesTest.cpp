@@ -50,6 +50,14 @@ concept HasPointerArithmetic = requires(V v) {
 || requires(V v) { !v; };
 static_assert(!HasPointerArithmetic<Vector> && !HasPointerArithmetic<Vector2Flt>);
 static_assert(!std::is_constructible_v<Vector, Point> && !std::is_constructible_v<Point, Vector2>);
+// Nor is a value of two numbers taken for an array of three.
+template <class V, class Other>
+concept Exchanges = requires(V v, Other other) {
+    v.set(other);
+}
+|| requires(V v, Other other) { v.get(other); };
+static_assert(!Exchanges<Vector, Point2> && !Exchanges<Tuple4, Vector> && !Exchanges<AffineMatrix, Vector>);
+static_assert(Exchanges<Vector, double *> && Exchanges<AffineMatrix, double const *> && !Exchanges<Vector, float *>);
 static_assert(std::is_convertible_v<Vector &, double *> && std::is_convertible_v<Point const &, double const *>);
 static_assert(!std::is_convertible_v<Normal &, double *> && std::is_convertible_v<Normal &, double const *>);
 static_assert(!std::is_convertible_v<Vector const &, double *>);

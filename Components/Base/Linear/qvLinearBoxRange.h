@@ -37,7 +37,8 @@ public:
         toMin = min_;
         toMax = max_;
     }
-    constexpr void get(double * toMin, double * toMax) const {
+    template <std::same_as<double *> A>
+    constexpr void get(A toMin, A toMax) const {
         min_.get(toMin);
         max_.get(toMax);
     }

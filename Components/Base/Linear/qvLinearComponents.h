@@ -88,7 +88,8 @@ public:
         return reinterpret_cast<T *>(static_cast<V *>(this));
     }
 
-    constexpr void get(T * numbers) const {
+    template <std::same_as<T *> P>
+    constexpr void get(P numbers) const {
         for (int i = 0; i < N; ++i)
             numbers[i] = self().component(i);
     }

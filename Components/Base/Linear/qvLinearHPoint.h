@@ -25,7 +25,10 @@ public:
     constexpr HPoint(RPoint const & p);
 
     constexpr void set(double newX, double newY, double newZ, double newW) { *this = HPoint(newX, newY, newZ, newW); }
-    constexpr void set(double const * numbers) { *this = HPoint(numbers); }
+    template <detail::ArrayOf<double> P>
+    constexpr void set(P numbers) {
+        *this = HPoint(numbers);
+    }
 
     // Whether the point lies in the view: x and y from -w to w, z from -w on, and with the flag to w, all inclusive.
     constexpr bool insideView(bool checkUpperZ) const {

@@ -32,8 +32,8 @@ QV_EXPORT Point intersect(Plane const & a, Plane const & b, Plane const & c, boo
 QV_EXPORT Point intersect(Line const & a, Line const & b, bool & ok, double tol);
 
 // The parameters between which a line lies in a box, of which one may be negative or above 1. Unbounded when it meets
-// fewer than two faces: so a miss reads as unbounded, and only a bounded result is a hit. A line through an unbounded
-// range gives parameters of no meaning.
+// fewer than two faces: so a miss reads as unbounded, and only a bounded result is a hit. Through an unbounded range
+// every line is unbounded, too: whoever may have one asks it first.
 QV_EXPORT Range1d intersect(ParamLine const & line, Range3d const & range);
 
 // The parameters at which two lines of the plane meet, and whether both are from 0 to 1. False, with parameters of 0,

@@ -35,11 +35,13 @@ public:
     static constexpr int elements = rows * columns;
 
     // From and into an array of all numbers.
-    constexpr void set(T const * numbers) {
+    template <ArrayOf<T> P>
+    constexpr void set(P numbers) {
         for (int i = 0; i < elements; ++i)
             self().m[i] = numbers[i];
     }
-    constexpr void get(T * numbers) const {
+    template <std::same_as<T *> P>
+    constexpr void get(P numbers) const {
         for (int i = 0; i < elements; ++i)
             numbers[i] = self().m[i];
     }

@@ -65,11 +65,17 @@ public:
     }
 
     void set(double newX, double newY, double newZ) { *this = Normal(newX, newY, newZ); }
-    void set(double const * numbers) { *this = Normal(numbers); }
+    template <detail::ArrayOf<double> P>
+    void set(P numbers) {
+        *this = Normal(numbers);
+    }
     constexpr void set(Promise promise, double newX, double newY, double newZ) {
         *this = Normal(promise, newX, newY, newZ);
     }
-    constexpr void set(Promise promise, double const * numbers) { *this = Normal(promise, numbers); }
+    template <detail::ArrayOf<double> P>
+    constexpr void set(Promise promise, P numbers) {
+        *this = Normal(promise, numbers);
+    }
 
     constexpr bool isValid() const { return valid_; }
     constexpr void setInvalid() {

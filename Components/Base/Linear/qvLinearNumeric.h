@@ -1,4 +1,5 @@
-// Roots and minima of a function of one variable, and the quadratic equation.
+// Roots and minima of a function of one variable, and the quadratic equation. (erf, erfc and nextafterf are those of
+// the C library.)
 
 #ifndef qvLinearNumeric_h
 #define qvLinearNumeric_h
@@ -46,8 +47,8 @@ struct minimumBracket {
 QV_EXPORT double brentsIteration(evalFunction & f, double a, double b, double tol, int & status);
 
 // Looks for a bracket of a minimum of f in [a, b], in intervals down to the width tol. False when there is none, and in
-// any case for a tol that is not above 0, where an end or f is not a number, and when a million evaluations were not
-// enough.
+// any case for a tol that is not above 0, with an end that is not a number, and when a million evaluations were not
+// enough. An interval at whose end f is not a number has none.
 QV_EXPORT bool bracketMinimum(double a, double b, double tol, evalFunction & f, minimumBracket & out);
 
 // The minimum of f in the bracket, to within the fraction tol of its place. The bracket shrinks around it. False when

@@ -23,7 +23,10 @@ public:
     constexpr Point2(P numbers) : Point2(numbers[0], numbers[1]) {}
 
     constexpr void set(double newX, double newY) { *this = Point2(newX, newY); }
-    constexpr void set(double const * numbers) { *this = Point2(numbers); }
+    template <detail::ArrayOf<double> P>
+    constexpr void set(P numbers) {
+        *this = Point2(numbers);
+    }
 
     constexpr Vector2 asVector2() const;
     constexpr Vector asVector() const;

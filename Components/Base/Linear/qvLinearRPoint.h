@@ -23,7 +23,10 @@ public:
     constexpr RPoint(HPoint const & p);
 
     constexpr void set(double newX, double newY, double newZ, double newW) { *this = RPoint(newX, newY, newZ, newW); }
-    constexpr void set(double const * numbers) { *this = RPoint(numbers); }
+    template <detail::ArrayOf<double> P>
+    constexpr void set(P numbers) {
+        *this = RPoint(numbers);
+    }
 
     friend std::ostream & operator<<(std::ostream & out, RPoint const & p) {
         return detail::print(out, "RPoint(", p, dimension);

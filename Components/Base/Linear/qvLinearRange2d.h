@@ -36,7 +36,8 @@ public:
     constexpr double area() const { return isUnbounded() ? -1 : (max_.x - min_.x) * (max_.y - min_.y); }
 
     // The range of two opposite corners, arrays of two numbers, in any order.
-    constexpr void setUnordered(double const * a, double const * b) {
+    template <detail::ArrayOf<double> A, detail::ArrayOf<double> B>
+    constexpr void setUnordered(A a, B b) {
         set(a);
         include(b);
     }

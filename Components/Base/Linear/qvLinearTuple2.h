@@ -26,7 +26,10 @@ public:
     constexpr Tuple2(Vector2 const & v) : Tuple2(v[0], v[1]) {}
 
     constexpr void set(double newX, double newY) { *this = Tuple2(newX, newY); }
-    constexpr void set(double const * numbers) { *this = Tuple2(numbers); }
+    template <detail::ArrayOf<double> P>
+    constexpr void set(P numbers) {
+        *this = Tuple2(numbers);
+    }
 
     constexpr Point2 asPoint2() const { return Point2(x, y); }
     constexpr Vector2 asVector2() const { return Vector2(x, y); }

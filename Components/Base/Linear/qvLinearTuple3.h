@@ -24,7 +24,10 @@ public:
     constexpr Tuple3(Vector const & v) : Tuple3(v[0], v[1], v[2]) {}
 
     constexpr void set(double newX, double newY, double newZ) { *this = Tuple3(newX, newY, newZ); }
-    constexpr void set(double const * numbers) { *this = Tuple3(numbers); }
+    template <detail::ArrayOf<double> P>
+    constexpr void set(P numbers) {
+        *this = Tuple3(numbers);
+    }
 
     constexpr Point asPoint() const { return Point(x, y, z); }
     constexpr Vector asVector() const { return Vector(x, y, z); }

@@ -24,7 +24,10 @@ public:
     constexpr Tuple4(HPoint const & v) : Tuple4(v[0], v[1], v[2], v[3]) {}
 
     constexpr void set(double newX, double newY, double newZ, double newW) { *this = Tuple4(newX, newY, newZ, newW); }
-    constexpr void set(double const * numbers) { *this = Tuple4(numbers); }
+    template <detail::ArrayOf<double> P>
+    constexpr void set(P numbers) {
+        *this = Tuple4(numbers);
+    }
 
     friend std::ostream & operator<<(std::ostream & out, Tuple4 const & t) {
         return detail::print(out, "Tuple4(", t, dimension);

@@ -21,6 +21,9 @@ class VectorFlt;
  * All values of this family are plain: they have the size of their fields, are copied by value, and are left as they
  * are by the default constructor. They convert to a pointer to their first component where an array is wanted.
  *
+ * Results have the bits of the formulas, from the left, one rounding for each operation. Where the compiler may fuse a
+ * product and a sum (g++ for processors that can), -ffp-contract=off keeps inline code to that, too.
+ *
  *     Vector v(1, 2, 3);
  *     double z = v[2];
  *     v.set(z, 0, 0);
@@ -43,7 +46,10 @@ public:
     constexpr Vector(N const & n) : Vector(n[0], n[1], n[2]) {}
 
     constexpr void set(double newX, double newY, double newZ) { *this = Vector(newX, newY, newZ); }
-    constexpr void set(double const * numbers) { *this = Vector(numbers); }
+    template <detail::ArrayOf<double> P>
+    constexpr void set(P numbers) {
+        *this = Vector(numbers);
+    }
     constexpr void set(Vector2 const & v);
 
     // Scales to length 1. A vector whose squared length is not above epsilon2Tol becomes zero, and the result is false.

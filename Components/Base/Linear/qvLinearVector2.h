@@ -26,7 +26,10 @@ public:
     constexpr Vector2(P numbers) : Vector2(numbers[0], numbers[1]) {}
 
     constexpr void set(double newX, double newY) { *this = Vector2(newX, newY); }
-    constexpr void set(double const * numbers) { *this = Vector2(numbers); }
+    template <detail::ArrayOf<double> P>
+    constexpr void set(P numbers) {
+        *this = Vector2(numbers);
+    }
 
     // Scales to length 1. False, and nothing changed, when the length is below epsilonTol.
     QV_EXPORT bool normalize();
