@@ -159,6 +159,71 @@ TEST(BrentMinimize, ConvergesOnKnownMinima) {
     EXPECT_LE(undefined.places.size(), 101U);
 }
 
+// The places that a minimisation visits, as they are told, with the entries of the history as x0, x1, x2.
+std::vector<double> placesOf(std::function<double(double)> const & f, double tol, minimumBracket bracket) {
+    auto & [a, b, c] = bracket;
+    std::vector<double> places{b};
+    double e = 0, d = 0;
+    double x0 = b, x1 = b, x2 = b;
+    double f0 = f(b), f1 = f0, f2 = f0;
+    for (int i = 0; i < 100; ++i) {
+        double const xm = (a + c) * 0.5;
+        double const tol1 = std::fabs(b) * tol + 1e-16;
+        if ((c - a) * 0.5 <= 2 * tol1)
+            break;
+        bool golden = std::fabs(e) <= tol1;
+        if (!golden) {
+            double p = (x0 - x2) * (x0 - x2) * (f0 - f1) - (x0 - x1) * (x0 - x1) * (f0 - f2);
+            double q = 2 * ((f0 - f1) * (x0 - x2) - (f0 - f2) * (x0 - x1));
+            p = q > 0 ? -p : p;
+            q = std::fabs(q);
+            double const etemp = e;
+            e = d;
+            golden = std::fabs(0.5 * q * etemp) <= std::fabs(p) || p <= (a - x0) * q || (c - x0) * q <= p;
+            if (!golden) {
+                d = p / q;
+                if (x0 + d - a < 2 * tol1 || c - (x0 + d) < 2 * tol1)
+                    d = xm > x0 ? tol1 : -tol1;
+            }
+        }
+        if (golden) {
+            e = (xm > b ? c : a) - b;
+            d = e * 0.38196601125010515;
+        }
+        double const u = std::fabs(d) >= tol1 ? b + d : d < 0 ? b - tol1 : b + tol1;
+        double const fu = f(u);
+        places.push_back(u);
+        if (f0 < fu) {
+            (x0 <= u ? c : a) = u;
+            x2 = u;
+            f2 = fu;
+        } else {
+            (x0 <= u ? a : c) = x0;
+            x2 = x1;
+            f2 = f1;
+        }
+        x1 = x0;
+        f1 = f0;
+        x0 = b = u;
+        f0 = fu;
+    }
+    return places;
+}
+
+TEST(BrentMinimize, VisitsThePlacesThatAreTold) {
+    RandomNumbers random;
+    for (int i = 0; i < 500; ++i) {
+        double const place = random.real(), skew = random.real() / 20;
+        Function f(
+            [&](double x) { return std::cosh((x - place) * 0.3) + skew * x + (i % 2 ? std::fabs(x - place) : 0); });
+        minimumBracket bracket(place - 3 + skew, place + random.real() / 5, place + 4);
+        auto const expected = placesOf(f.f, 1e-6, bracket);
+        double xmin, fmin;
+        brentMinimize(f, 1e-6, bracket, xmin, fmin);
+        ASSERT_EQ(f.places, expected);
+    }
+}
+
 TEST(SolveQuadratic, NamedCases) {
     struct {
         double a, b, c;
