@@ -22,10 +22,10 @@ void require(bool condition) {
 
 void checkParts(Filename const & file, wchar_t separator) {
     IString whole = file.dirname();
-    bool const isApart = !file.basename().isEmpty() && whole.length() > file.prefix().length() &&
-                         whole[whole.length() - 1] != separator;
-    bool const isBehindNetworkName = whole == file.prefix() && !whole.isEmpty() && whole[0] == L'\\' &&
-                                     !file.basename().isEmpty();
+    bool const isApart =
+        !file.basename().isEmpty() && whole.length() > file.prefix().length() && whole[whole.length() - 1] != separator;
+    bool const isBehindNetworkName =
+        whole == file.prefix() && !whole.isEmpty() && whole[0] == L'\\' && !file.basename().isEmpty();
     if (isApart || isBehindNetworkName) {
         whole.append(isApart ? separator : L'\\');
     }
