@@ -1,7 +1,9 @@
 // MeshDocument <file.obj> [directory]
+// MeshDocument --compare <file.obj> <file.packets>
 //
 // Reads an OBJ file into a document, writes the document as a packet file in all four forms, reads each file back and
-// compares what it holds with the document. The files are named for the OBJ file and stay in the directory.
+// compares what it holds with the document. The files are named for the OBJ file and stay in the directory. The second
+// form compares a packet file that is there with an OBJ file.
 //
 // Exit codes: 0 when everything came back equal, 1 when something is wrong, 2 for wrong arguments.
 
@@ -12,11 +14,13 @@
 
 #include "Base/DataFiles/ioBufferedStreamInput.h"
 #include "Base/DataFiles/ioBufferedStreamOutput.h"
+#include "Base/OS/qvOSProtectedWrite.h"
 #include "Base/Strings/qvStringIString.h"
 
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <filesystem>
 #include <stdexcept>
@@ -67,39 +71,21 @@ void readObjFile(char const * name, mesh::Document & document) {
                 static_cast<long long>(reader.skippedStatements()));
 }
 
-// A file under another name until it is whole; what is left of it goes when it never is.
-class PartialFile {
-public:
-    explicit PartialFile(fs::path const & target) : target_(target), path_(target) { path_ += ".partial"; }
-    PartialFile(PartialFile const &) = delete;
-    PartialFile & operator=(PartialFile const &) = delete;
-    ~PartialFile() {
-        std::error_code ignored;
-        if (!kept_)
-            fs::remove(path_, ignored);
-    }
-
-    fs::path const & path() const { return path_; }
-    void keep() {
-        fs::rename(path_, target_);
-        kept_ = true;
-    }
-
-private:
-    fs::path target_;
-    fs::path path_;
-    bool kept_ = false;
-};
-
+// The file appears, or replaces another one, when it is whole.
 void writeFile(fs::path const & path, Form const & form, mesh::Document const & document) {
-    PartialFile file(path);
-    ioBufferedStreamOutput stream;
-    stream.openFile(fileName(file.path()));
-    bool const isWritten = stream.good() && mesh::writeDocument(stream, form.method, document);
-    stream.close();
-    if (!isWritten || !stream.good())
+    qvOS::ProtectedWrite saving{qvOS::Filename(fileName(path))};
+    bool isWritten = saving.init();
+    if (isWritten) {
+        ioBufferedStreamOutput stream;
+        stream.openFile(saving.getTempFilename().name());
+        isWritten = stream.good() && mesh::writeDocument(stream, form.method, document);
+        stream.close();
+        isWritten = isWritten && stream.good();
+        if (!isWritten)
+            saving.invalidate();
+    }
+    if (!saving.finalize() || !isWritten)
         throw Failure(path.string() + ": cannot be written");
-    file.keep();
 }
 
 mesh::ReadResult readFile(fs::path const & path, mesh::Document & document) {
@@ -145,15 +131,37 @@ int run(char const * objName, fs::path const & directory) {
     return allEqual ? 0 : 1;
 }
 
+// Whether a packet file that was written before holds what an OBJ file holds.
+int compareFiles(char const * objName, fs::path const & packets) {
+    mesh::Document document;
+    document.name = fs::path(objName).stem().c_str();
+    readObjFile(objName, document);
+    mesh::Document copy;
+    mesh::ReadResult const result = readFile(packets, copy);
+    qvString::CString verdict = result.problem;
+    bool isEqual = false;
+    for (mesh::Exactness const exactness : {mesh::Exactness::bits, mesh::Exactness::decimalText}) {
+        if (result.problem.isEmpty() && !isEqual)
+            verdict = mesh::compareDocuments(document, copy, exactness);
+        isEqual = verdict.isEmpty();
+    }
+    std::printf("%s: %s\n", packets.c_str(), isEqual ? "equal" : verdict.asChar());
+    return isEqual ? 0 : 1;
+}
+
+constexpr char usage[] = "usage: MeshDocument <file.obj> [directory]\n"
+                         "       MeshDocument --compare <file.obj> <file.packets>\n";
+
 } // namespace
 
 int main(int argc, char ** argv) {
-    if (argc != 2 && argc != 3) {
-        std::fprintf(stderr, "usage: MeshDocument <file.obj> [directory]\n");
+    bool const isComparison = argc == 4 && std::strcmp(argv[1], "--compare") == 0;
+    if (!isComparison && (argc < 2 || argc > 3 || argv[1][0] == '-')) {
+        std::fputs(usage, stderr);
         return 2;
     }
     try {
-        return run(argv[1], argc == 3 ? argv[2] : ".");
+        return isComparison ? compareFiles(argv[2], argv[3]) : run(argv[1], argc == 3 ? argv[2] : ".");
     } catch (std::exception const & failure) {
         std::fprintf(stderr, "%s\n", failure.what());
         return 1;
