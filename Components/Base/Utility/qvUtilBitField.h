@@ -11,8 +11,8 @@
 
 namespace qvUtil {
 
-/// Bits 0 to size - 1, for as many things as are known beforehand. How many bits are set is counted along, so that asking
-/// for it costs nothing. Where the size is not known use BitFieldAuto.
+/// Bits 0 to size - 1, for as many things as are known beforehand. How many bits are set is counted along, so that
+/// asking for it costs nothing. Where the size is not known use BitFieldAuto.
 ///
 ///     qvUtil::BitField seen(mesh.numFaces());
 ///     seen[face] = true;

@@ -48,7 +48,8 @@ bool BitFieldAuto::testBits(BitFieldAuto const & other) const {
 bool BitFieldAuto::isEqual(BitFieldAuto const & other) const {
     int const common = numCommonWords(other);
     return std::equal(words_.begin(), words_.begin() + common, other.words_.begin()) &&
-           areClear(words_.begin() + common, words_.end()) && areClear(other.words_.begin() + common, other.words_.end());
+           areClear(words_.begin() + common, words_.end()) &&
+           areClear(other.words_.begin() + common, other.words_.end());
 }
 
 BitFieldAuto & BitFieldAuto::operator&=(BitFieldAuto const & other) {

@@ -50,8 +50,8 @@ public:
     /// The room stays.
     void resetAll();
     bool anySet() const;
-    /// Whether every bit that is set in `other` is set here. False where this field has room for less than `other`, even
-    /// when nothing is set beyond.
+    /// Whether every bit that is set in `other` is set here. False where this field has room for less than `other`,
+    /// even when nothing is set beyond.
     bool testBits(BitFieldAuto const & other) const;
 
     /// The same bits, whatever the room.

@@ -10,8 +10,8 @@ namespace qvUtil {
 class BitField;
 class BitFieldAuto;
 
-/// One bit of a field: reading it reads the bit, assigning to it sets the bit. It is used at once, while the field lives;
-/// copying it copies no bit, assigning one to another does.
+/// One bit of a field: reading it reads the bit, assigning to it sets the bit. It is used at once, while the field
+/// lives; copying it copies no bit, assigning one to another does.
 template <class Field>
 class BitReference {
 public:

@@ -11,8 +11,8 @@ namespace qvUtil {
 
 class Color8;
 
-/// Red, green, blue and alpha as four floats, in this order in memory, usually from 0 to 1; nothing keeps them there. The
-/// default is opaque black. Color8 is the twin for storage; each converts to the other.
+/// Red, green, blue and alpha as four floats, in this order in memory, usually from 0 to 1; nothing keeps them there.
+/// The default is opaque black. Color8 is the twin for storage; each converts to the other.
 ///
 ///     qvUtil::Color const half(0.5F, 0.5F, 0.5F, 1);
 ///     qvUtil::Color8 const stored = half; // 127, 127, 127, 255

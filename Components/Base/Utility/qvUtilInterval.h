@@ -10,8 +10,8 @@
 
 namespace qvUtil {
 
-/// The argument of every wait and time-out, in whole seconds and microseconds, neither ever negative. Where a wait takes
-/// one, the zero span means that there is no limit.
+/// The argument of every wait and time-out, in whole seconds and microseconds, neither ever negative. Where a wait
+/// takes one, the zero span means that there is no limit.
 ///
 ///     socket.setTimeout(2.5);
 ///     condition.wait("500ms");

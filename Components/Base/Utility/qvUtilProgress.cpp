@@ -47,8 +47,8 @@ protected:
     friend class SubProgress;
 };
 
-// Phases may be nested as deeply as anybody likes: the ones above, if nobody else holds them, go one after the other and
-// not each inside the destructor of the one below.
+// Phases may be nested as deeply as anybody likes: the ones above, if nobody else holds them, go one after the other
+// and not each inside the destructor of the one below.
 Progress::Impl::~Impl() {
     while (parent && parent->refs() == 1) {
         qv::Reference<Impl> above = std::move(parent->parent);

@@ -9,9 +9,9 @@
 
 namespace qvUtil {
 
-/// A long operation takes a Progress and reports from 0 to 1 on it. It hands each of its phases a sub-phase with a share
-/// of its own range, on which the phase reports from 0 to 1 again, and so on: the shares compose on the way to the root.
-/// Only the root has signals, a caption and the flag of cancelling; every other node asks it.
+/// A long operation takes a Progress and reports from 0 to 1 on it. It hands each of its phases a sub-phase with a
+/// share of its own range, on which the phase reports from 0 to 1 again, and so on: the shares compose on the way to
+/// the root. Only the root has signals, a caption and the flag of cancelling; every other node asks it.
 ///
 ///     void save(Document & document, qvUtil::Progress & progress) {
 ///         qvUtil::Progress collecting, writing;
@@ -68,8 +68,8 @@ public:
     /// Valid until the next change of the caption.
     char const * getCaption() const;
 
-    /// Makes `sub` a sub-phase of this node, at 0, whose way from 0 to 1 moves this node by `share`. What `sub` was before
-    /// ends as it does in the destructor. An infinite share, and NaN, count as 0.
+    /// Makes `sub` a sub-phase of this node, at 0, whose way from 0 to 1 moves this node by `share`. What `sub` was
+    /// before ends as it does in the destructor. An infinite share, and NaN, count as 0.
     void subPhase(double share, Progress & sub);
 
 private:

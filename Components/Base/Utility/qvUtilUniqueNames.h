@@ -16,8 +16,8 @@ namespace qvUtil {
 class UniqueNamesImpl;
 
 /// A set of names that numbers those it has already: beside "abc" the name "abc" becomes "abc-1", and then "abc-2". A
-/// name is a base, and maybe a separator with decimal digits behind it, and maybe a suffix behind that, which the number
-/// goes in front of: with the suffix ".x" the name "abc.x" becomes "abc-1.x".
+/// name is a base, and maybe a separator with decimal digits behind it, and maybe a suffix behind that, which the
+/// number goes in front of: with the suffix ".x" the name "abc.x" becomes "abc-1.x".
 ///
 ///     qvUtil::UniqueNames names("_");
 ///     names.insert("part"); // "part"
