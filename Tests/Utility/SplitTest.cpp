@@ -97,10 +97,10 @@ TEST(Split, IsLikeTakingPiecesOffTheFront) {
         Strings const byComma = slowSplit(text, isComma, skip, keep);
         Strings const bySpace = slowSplit(text, isSpace, skip, keep);
         CString const narrow(text);
-        ASSERT_EQ(plain(split(narrow, ',', skip, keep)), byComma) << narrow;
-        ASSERT_EQ(plain(split(narrow, isSpace, skip, keep)), bySpace) << narrow;
-        ASSERT_EQ(plain(split(wide(text), L',', skip, keep)), byComma) << narrow;
-        ASSERT_EQ(plain(split(wide(text), isSpaceWide, skip, keep)), bySpace) << narrow;
+        ASSERT_EQ(plain(split(narrow, ',', skip, keep)), byComma) << testing::PrintToString(narrow);
+        ASSERT_EQ(plain(split(narrow, isSpace, skip, keep)), bySpace) << testing::PrintToString(narrow);
+        ASSERT_EQ(plain(split(wide(text), L',', skip, keep)), byComma) << testing::PrintToString(narrow);
+        ASSERT_EQ(plain(split(wide(text), isSpaceWide, skip, keep)), bySpace) << testing::PrintToString(narrow);
         ASSERT_EQ(plain(join(split(narrow, ',', skip, true))), text);
         ASSERT_EQ(plain(join(split(wide(text), L',', skip, true))), text);
     }
@@ -198,10 +198,12 @@ TEST(SplitWithQuotes, IsLikeAStateMachine) {
         CString const narrow(text);
         for (bool const escapes : {false, true}) {
             qv::vector<CString> words = {"left over"};
-            qvUtil::Error const error = escapes ? splitWithQuotesAndBackslash(narrow, words) : splitWithQuotes(narrow, words);
+            qvUtil::Error const error =
+                escapes ? splitWithQuotesAndBackslash(narrow, words) : splitWithQuotes(narrow, words);
             Words const expected = escapes ? slowEscapedWords(text) : slowWords(text);
-            ASSERT_THAT(error, FailsWith(expected.number, expected.message)) << narrow << escapes;
-            ASSERT_EQ(plain(words), expected.words) << narrow << escapes;
+            ASSERT_THAT(error, FailsWith(expected.number, expected.message))
+                << testing::PrintToString(narrow) << escapes;
+            ASSERT_EQ(plain(words), expected.words) << testing::PrintToString(narrow) << escapes;
         }
     }
 }
@@ -210,8 +212,7 @@ TEST(SplitWithQuotes, TheExamplesHold) {
     qv::vector<CString> words;
     EXPECT_THAT(splitWithQuotes("a \"b c\" d", words), Succeeds());
     EXPECT_EQ(plain(words), (Strings{"a", "b c", "d"}));
-    EXPECT_THAT(splitWithQuotes("a\"b", words),
-                FailsWith(1, "Unexpected character before a double quote: 'a'"));
+    EXPECT_THAT(splitWithQuotes("a\"b", words), FailsWith(1, "Unexpected character before a double quote: 'a'"));
     EXPECT_THAT(splitWithQuotes("\"a\"b", words), FailsWith(4, "Unexpected character after double quote: 'b'"));
     EXPECT_THAT(splitWithQuotes("ab \"", words), FailsWith(4, "Unmatched double quote"));
     EXPECT_EQ(plain(words), Strings{"ab"});

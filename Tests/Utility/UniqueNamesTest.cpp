@@ -48,7 +48,8 @@ TEST(UniqueNames, NumbersWhatIsThere) {
         std::string const all = one.inserted;
         for (std::size_t from = 0; from < all.size();) {
             std::size_t const to = std::min(all.find(' ', from), all.size());
-            results += (results.empty() ? "" : " ") + std::string(names.insert(all.substr(from, to - from)).asChar());
+            CString const result = names.insert(CString(all.substr(from, to - from)));
+            results.append(from == 0 ? "" : " ").append(result.asChar());
             from = to + 1;
         }
         EXPECT_EQ(results, one.results) << one.inserted;

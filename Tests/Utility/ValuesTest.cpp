@@ -37,11 +37,16 @@ TEST(Interval, ComesFromText) {
     struct {
         char const * text;
         int seconds, microseconds;
-    } const cases[] = {{"1500ms", 1, 500000},    {"90min", 5400, 0},
-                       {"0s", 0, 0},             {"1us", 0, 1},
-                       {"2000001us", 2, 1},      {"3000000000us", 3000, 0},
-                       {"007h", 25200, 0},       {"2147483647s", INT_MAX, 0},
-                       {"596523h", 2147482800, 0}, {"2147483647999999us", INT_MAX, 999999}};
+    } const cases[] = {{"1500ms", 1, 500000},
+                       {"90min", 5400, 0},
+                       {"0s", 0, 0},
+                       {"1us", 0, 1},
+                       {"2000001us", 2, 1},
+                       {"3000000000us", 3000, 0},
+                       {"007h", 25200, 0},
+                       {"2147483647s", INT_MAX, 0},
+                       {"596523h", 2147482800, 0},
+                       {"2147483647999999us", INT_MAX, 999999}};
     for (auto const & one : cases)
         EXPECT_EQ(partsOf(Interval(one.text)), std::make_pair(one.seconds, one.microseconds)) << one.text;
     for (char const * text :
@@ -77,8 +82,8 @@ TEST(Color, BecomesBytesWithoutRounding) {
     struct {
         float component;
         int byte;
-    } const cases[] = {{0, 0},     {1, 255},   {0.5F, 127},    {0.999F, 254},        {0.0039F, 0}, {-0.5F, 0},
-                       {-1e30F, 0}, {2, 255}, {1e30F, 255}, {std::nanf(""), 0}};
+    } const cases[] = {{0, 0},     {1, 255},    {0.5F, 127}, {0.999F, 254}, {0.0039F, 0},
+                       {-0.5F, 0}, {-1e30F, 0}, {2, 255},    {1e30F, 255},  {std::nanf(""), 0}};
     for (auto const & one : cases)
         for (int i = 0; i < 4; ++i) {
             Color color(0, 0, 0, 0);
@@ -98,7 +103,8 @@ TEST(Color, KeepsItsComponentsInOrder) {
     EXPECT_EQ(color, Color::black);
     color.set(0.25F, 0.5F, 0.75F, 0);
     float const * const numbers = color;
-    EXPECT_TRUE(numbers[0] == color.r() && numbers[1] == color.g() && numbers[2] == color.b() && numbers[3] == color.a());
+    EXPECT_TRUE(numbers[0] == color.r() && numbers[1] == color.g() && numbers[2] == color.b() &&
+                numbers[3] == color.a());
     EXPECT_EQ(Color(numbers)[2U], 0.75F);
     static_cast<float *>(color)[1] = 0;
     EXPECT_EQ(color.g(), 0);
