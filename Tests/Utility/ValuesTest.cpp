@@ -198,7 +198,7 @@ TEST(Random, IsSpreadEvenly) {
 }
 
 TEST(Random, GivesThreadsAndChildrenNumbersOfTheirOwn) {
-    randomNumbers(1); // what follows is kept for later
+    randomNumbers(1); // others are kept for later now
     constexpr int n = 40;
     int pipes[2];
     ASSERT_EQ(::pipe(pipes), 0);

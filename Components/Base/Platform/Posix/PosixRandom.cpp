@@ -60,8 +60,8 @@ bool fill(void * bytes, std::size_t size) {
     return true;
 }
 
-// Small enough that the system gives it in one call, whatever signals arrive.
-constexpr std::size_t poolSize = 64;
+// The call costs as much as some 50 numbers.
+constexpr std::size_t poolSize = 256;
 
 struct Pool {
     std::uint32_t numbers[poolSize];
