@@ -102,17 +102,6 @@ TEST(BitField, IsLikeAVectorOfBool) {
     }
 }
 
-TEST(BitField, TheSpareWordOfAMultipleOf32CountsForNothing) {
-    BitField field(32);
-    field.setAll();
-    EXPECT_EQ(field.maxAvailableBits(), 32);
-    EXPECT_TRUE(field.allSet());
-    EXPECT_FALSE(field.testBit(32));
-    EXPECT_EQ((~BitField(40).setBit(0, true).setBit(3, true).setBit(39, true)).numBitsSet(), 37);
-    EXPECT_EQ(BitField(), BitField(0));
-    EXPECT_EQ(BitField(-7).maxAvailableBits(), 0);
-}
-
 TEST(BitField, WhatWasMovedFromIsEmptyAndCanBeUsed) {
     BitField from(100);
     from.setAll();
