@@ -22,8 +22,8 @@ struct Log {
         listen(progress.getSigCheckCancel(), '?', &progress);
     }
     void listen(Progress::Signal & signal, char letter, Progress * owner) {
-        signal.addCallback([this, letter, owner](Progress & handed) {
-            *text += letter;
+        signal.addCallback([written = text, letter, owner](Progress & handed) { // the root may live longer
+            *written += letter;
             EXPECT_EQ(&handed, owner);
         });
     }

@@ -33,8 +33,8 @@ TEST(UniqueNames, NumbersWhatIsThere) {
         {"-", ".x", "abc.x abc.x abc.x abc abc .x .x", "abc.x abc-1.x abc-2.x abc abc-1 .x .x-1"},
         {"-", ".x", "abc-4.x abc-9 abc-4.x abc-4 abc-4", "abc-4.x abc-9 abc-5.x abc-4 abc-10"},
         // Names with the same base need not stand side by side.
-        {"-", "", "abc abc-1 abc!-1 abc", "abc abc-1 abc!-1 abc-2"},
-        {"-", "", "a a!b-3 a-1 a-b a-b-2 a", "a a!b-3 a-1 a-b a-b-2 a-2"},
+        {"-", "", "abc abc-5 abc!-1 abc", "abc abc-5 abc!-1 abc-6"},
+        {"-", "", "a a!b-3 a-4 a-b a-b-9 a", "a a!b-3 a-4 a-b a-b-9 a-5"},
         // Numbers that an int does not hold, or whose successor it does not hold, are passed over.
         {"-", "", "a a-2147483648 a-99999999999999999999 a", "a a-2147483648 a-99999999999999999999 a-1"},
         {"-", "", "a a-2147483646 a a", "a a-2147483646 a-2147483647 a-1"},
