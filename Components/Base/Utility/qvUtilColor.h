@@ -28,7 +28,9 @@ public:
 
     constexpr Color() = default;
     /// From the four numbers that the pointer leads to.
-    explicit constexpr Color(float const * rgba) : Color(rgba[0], rgba[1], rgba[2], rgba[3]) {}
+    template <class P>
+    requires(std::same_as<P, float const *> || std::same_as<P, float *>) constexpr Color(P rgba)
+        : Color(rgba[0], rgba[1], rgba[2], rgba[3]) {}
     constexpr Color(float r, float g, float b, float a) : rgba_{r, g, b, a} {}
     /// Each byte divided by 255.
     Color(Color8 const & color);

@@ -23,7 +23,9 @@ public:
     constexpr Color8() = default;
     constexpr Color8(unsigned char r, unsigned char g, unsigned char b, unsigned char a) : rgba_{r, g, b, a} {}
     /// From the four bytes that the pointer leads to.
-    explicit constexpr Color8(unsigned char const * rgba) : Color8(rgba[0], rgba[1], rgba[2], rgba[3]) {}
+    template <class P>
+    requires(std::same_as<P, unsigned char const *> || std::same_as<P, unsigned char *>) constexpr Color8(P rgba)
+        : Color8(rgba[0], rgba[1], rgba[2], rgba[3]) {}
     Color8(Color const & color);
 
     constexpr void setRGBA(unsigned char const * rgba) { *this = Color8(rgba); }
