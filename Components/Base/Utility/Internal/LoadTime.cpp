@@ -16,6 +16,8 @@
 
 #include "Base/Utility/Internal/LoadTime.h"
 
+#include "Base/Undo/Internal/qvUndoReportFile.h"
+
 #include <cstdlib>
 #include <ctime>
 
@@ -29,7 +31,18 @@ struct RandomSeed {
 
 } // namespace
 
-// Ready before any code runs; only their ends are ordered here.
+} // namespace qvUtil::loadTime
+
+// The rest is ready before any code runs; only the ends are ordered here.
+
+namespace qvUndo {
+
+constinit ReportFile reportFile;
+
+} // namespace qvUndo
+
+namespace qvUtil::loadTime {
+
 constinit PointerSignal pointerInitSignal;
 constinit PointerSignal pointerAcquireSignal;
 constinit PointerSignal pointerReleaseSignal;
