@@ -144,8 +144,8 @@ public:
         bool const doing = what == aDo;
         char const * const verb = doing ? "doIt" : "undoIt";
         int const count = int(g.commands.size());
-        line("  %c qvUndo::Group: %s() - (%s) %d commands %lld bytes.\n", doing ? '+' : '-', verb, g.name.c_str(), count,
-             g.bytes());
+        line("  %c qvUndo::Group: %s() - (%s) %d commands %lld bytes.\n", doing ? '+' : '-', verb, g.name.c_str(),
+             count, g.bytes());
         if (!g.valid) {
             line("  ! qvUndo::Group: %s() - (%s) invalid group.\n", verb, g.name.c_str());
             return false;
@@ -431,8 +431,9 @@ private:
         EXPECT_EQ(real().getCurrentGroup(),
                   model_.cursor == model_.queue.size() ? nullptr : model_.queue[model_.cursor].real);
         int const index = random_.below(2 * size + 4) - size - 2;
-        EXPECT_EQ(real().getGroup(index),
-                  index >= -size && index < size ? model_.queue[std::size_t(index + (index < 0 ? size : 0))].real : nullptr);
+        EXPECT_EQ(real().getGroup(index), index >= -size && index < size
+                                              ? model_.queue[std::size_t(index + (index < 0 ? size : 0))].real
+                                              : nullptr);
         int const id = lastId_ + 2 - random_.below(10);
         EXPECT_EQ(real().isInCurrentStep(id), model_.isInCurrentStep(id));
         for (ModelGroup const & group : model_.queue) {

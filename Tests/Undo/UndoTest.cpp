@@ -83,28 +83,38 @@ TEST(UndoTrace, ScriptedSession) {
                             "qvUndo::newGroup (A, dynamic = 0)\n"
                             "qvUndo::Manager: pruneTrailingInvalidGroups()\n"
                             "  qvUndo::Group: new group (A)\n"
-                            "    qvUndo::Command: new (move, 0x" + p + ")\n"
-                            "    + qvUndo::Command: doIt (move, 0x" + p + "), 1024 bytes\n"
-                            "--------------------------------------------------------\n"
-                            "qvUndo::newGroup (empty, dynamic = 0)\n"
-                            "qvUndo::Manager: pruneTrailingInvalidGroups()\n"
-                            "  qvUndo::Group: new group (empty)\n"
-                            "- qvUndo::Manager: undoIt() - 2 groups, 1024 bytes used\n"
-                            "  - qvUndo::Group: undoIt() - (empty) 0 commands 0 bytes.\n"
-                            "- qvUndo::Manager: undoIt() - empty group, undoing again.\n"
-                            "- qvUndo::Manager: undoIt() - 2 groups, 1024 bytes used\n"
-                            "  - qvUndo::Group: undoIt() - (A) 1 commands 1024 bytes.\n"
-                            "    - qvUndo::Command: undoIt (move, 0x" + p + "), 1024 bytes\n"
-                            "!   qvUndo::Group: pointer 0x" + pointer + " declared by group has been destroyed\n"
-                            "!   qvUndo::Group: marking group (A) invalid.\n"
-                            "+ qvUndo::Manager: doIt() - 2 groups, 1024 bytes used\n"
-                            "  + qvUndo::Group: doIt() - (A) 1 commands 1024 bytes.\n"
-                            "  ! qvUndo::Group: doIt() - (A) invalid group.\n"
-                            "qvUndo::Manager: currentGroupIsInvalid()\n"
-                            "qvUndo::Manager: clearAllGroups()\n"
-                            "  qvUndo::Group: delete group (A) - 1024 bytes\n"
-                            "    qvUndo::Command: delete (move, 0x" + p + ")\n"
-                            "  qvUndo::Group: delete group (empty) - 0 bytes\n");
+                            "    qvUndo::Command: new (move, 0x" +
+                                p +
+                                ")\n"
+                                "    + qvUndo::Command: doIt (move, 0x" +
+                                p +
+                                "), 1024 bytes\n"
+                                "--------------------------------------------------------\n"
+                                "qvUndo::newGroup (empty, dynamic = 0)\n"
+                                "qvUndo::Manager: pruneTrailingInvalidGroups()\n"
+                                "  qvUndo::Group: new group (empty)\n"
+                                "- qvUndo::Manager: undoIt() - 2 groups, 1024 bytes used\n"
+                                "  - qvUndo::Group: undoIt() - (empty) 0 commands 0 bytes.\n"
+                                "- qvUndo::Manager: undoIt() - empty group, undoing again.\n"
+                                "- qvUndo::Manager: undoIt() - 2 groups, 1024 bytes used\n"
+                                "  - qvUndo::Group: undoIt() - (A) 1 commands 1024 bytes.\n"
+                                "    - qvUndo::Command: undoIt (move, 0x" +
+                                p +
+                                "), 1024 bytes\n"
+                                "!   qvUndo::Group: pointer 0x" +
+                                pointer +
+                                " declared by group has been destroyed\n"
+                                "!   qvUndo::Group: marking group (A) invalid.\n"
+                                "+ qvUndo::Manager: doIt() - 2 groups, 1024 bytes used\n"
+                                "  + qvUndo::Group: doIt() - (A) 1 commands 1024 bytes.\n"
+                                "  ! qvUndo::Group: doIt() - (A) invalid group.\n"
+                                "qvUndo::Manager: currentGroupIsInvalid()\n"
+                                "qvUndo::Manager: clearAllGroups()\n"
+                                "  qvUndo::Group: delete group (A) - 1024 bytes\n"
+                                "    qvUndo::Command: delete (move, 0x" +
+                                p +
+                                ")\n"
+                                "  qvUndo::Group: delete group (empty) - 0 bytes\n");
     EXPECT_EQ(log, (Log{"do", "undo", "commit", "end"}));
 }
 
@@ -167,12 +177,12 @@ TEST(UndoManager, OperationsThatComeBack) {
 
 TEST(UndoManager, WhatAnOperationThrowsDropsTheHistory) {
     Log log;
+    std::vector<bool> busy; // outlives the manager, which emits to its end
     std::unique_ptr<qvUndo::Manager> manager(qvUndo::newManager());
     auto * const command = new Probe(log, manager->newGroup("A", false));
     auto * const neighbour = new Probe(log, manager->getGroup(-1));
     EXPECT_TRUE(command->doIt() && neighbour->doIt() && manager->undoIt());
     neighbour->doing = []() -> bool { throw std::runtime_error("no"); };
-    std::vector<bool> busy;
     manager->getBusySignal().addCallback([&](bool on) { busy.push_back(on); });
     log.clear();
     EXPECT_THROW(manager->doIt(), std::runtime_error);
@@ -186,6 +196,7 @@ TEST(UndoManager, WhatAnOperationThrowsDropsTheHistory) {
 // Commands deleted by hand leave their group; commands that meet a dying group stay free.
 TEST(UndoManager, OwnershipIsNeverDoubled) {
     Log log;
+    std::unique_ptr<Probe> late;
     std::unique_ptr<qvUndo::Manager> manager(qvUndo::newManager());
     qvUndo::Group * const a = manager->newGroup("A", false);
     qvUndo::Group * const b = manager->newGroup("B", false);
@@ -200,10 +211,8 @@ TEST(UndoManager, OwnershipIsNeverDoubled) {
     EXPECT_EQ(a->getCommand(-2), nullptr);
     manager->groupDestroyed(a); // it is not
     EXPECT_EQ(manager->getNumGroups(false), 2);
-    std::unique_ptr<Probe> late;
-    manager->getGroupDestroyedSignal().addCallback([&](qvUndo::Group * group) {
-        late = std::make_unique<Probe>(log, group);
-    });
+    manager->getGroupDestroyedSignal().addCallback(
+        [&](qvUndo::Group * group) { late = std::make_unique<Probe>(log, group); });
     manager->clearAllGroups();
     EXPECT_EQ(late->getID(), 0);
 }

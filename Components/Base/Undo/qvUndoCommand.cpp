@@ -12,7 +12,8 @@ namespace qvUndo {
 // Keeps the history as it is while an operation runs. An operation that throws has failed.
 class Command::Run {
 public:
-    explicit Run(Command & command) : command_(command), manager_(command.group_ ? &command.group_->manager() : nullptr) {
+    explicit Run(Command & command)
+        : command_(command), manager_(command.group_ ? &command.group_->manager() : nullptr) {
         if (manager_)
             manager_->hold();
     }

@@ -61,7 +61,8 @@ public:
     // it.
     virtual bool isInCurrentStep(int id) = 0;
 
-    // Drops the last group when it has no command, else the whole history. Does nothing unless the cursor is at the end.
+    // Drops the last group when it has no command, else the whole history. Does nothing unless the cursor is at the
+    // end.
     virtual void deleteLastGroup() = 0;
     virtual void clearAllGroups() = 0;
     // Ties the groups with these ids, and those between them, to one step.

@@ -214,7 +214,8 @@ void ManagerImpl::pruneTrailingInvalidGroups() {
     }
 }
 
-// ---- Limits. Steps and bytes are counted afresh each time, because commands and groups change what they answer without
+// ---- Limits. Steps and bytes are counted afresh each time, because commands and groups change what they answer
+// without
 // ---- telling anybody.
 
 void ManagerImpl::setMaxGroups(int maxGroups) {
