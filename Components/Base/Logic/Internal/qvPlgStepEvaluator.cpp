@@ -76,7 +76,7 @@ bool StepEvaluator::run(Operation operation) {
         for (StepEvaluator * at = begin(operation); at;)
             at = at->resume();
     } catch (...) {
-        undo();
+        undo(Extent::everywhere);
         isRunning_ = false;
         throw;
     }
@@ -99,14 +99,14 @@ StepEvaluator * StepEvaluator::begin(Operation operation) {
     return proceed();
 }
 
-void StepEvaluator::undo() {
+void StepEvaluator::undo(Extent extent) {
     link_ = nullptr;
     for (StepEvaluator * list = this; list;) {
         StepEvaluator & evaluator = *std::exchange(list, list->link_);
         evaluator.isLive_ = false;
         evaluator.releaseBindings();
         for (qv::Reference<StepEvaluator> const & child : evaluator.child_) {
-            if (child)
+            if (child && (child->isLive_ || extent == Extent::everywhere))
                 child->link_ = std::exchange(list, child.get());
         }
     }

@@ -60,8 +60,9 @@ protected:
     // What a solution of a disjunction was taken from.
     virtual StepEvaluator * chosen() const { return nullptr; }
 
-    // Undoes all bindings of the tree from here down.
-    void undo();
+    // Undoes the bindings of the tree from here down, where there are any, or everywhere when a run has broken off.
+    enum class Extent { withSolution, everywhere };
+    void undo(Extent extent = Extent::withSolution);
 
     // The end of an operation. An evaluator whose outcome depends on more than the runs below it looks again, because
     // what ran last may have bound what it compares.
