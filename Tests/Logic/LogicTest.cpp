@@ -70,8 +70,16 @@ TEST(LogicFact, OrderOfValuesAndFacts) {
     struct {
         Fact a, b;
         int order;
-    } const rows[] = {{low, three, -1}, {high, three, 1}, {exact, three, 1}, {exact, five, 0},  {three, five, -1},
-                      {low, high, 0},   {low, other, -1}, {high, q, -1},     {other, five, 1},  {low, exact, 0},
+    } const rows[] = {{low, three, -1},
+                      {high, three, 1},
+                      {exact, three, 1},
+                      {exact, five, 0},
+                      {three, five, -1},
+                      {low, high, 0},
+                      {low, other, -1},
+                      {high, q, -1},
+                      {other, five, 1},
+                      {low, exact, 0},
                       {Fact("p", text("")), five, 1}};
     auto const sign = [](int order) { return (order > 0) - (order < 0); };
     for (auto const & row : rows) {

@@ -30,9 +30,7 @@ Expression invokeEqual(Argument left, Argument right) {
 
 Expression invokeMatch(Fact const & goal) { return Expression(new MatchClause(goal)); }
 
-Expression clause(qvString::CString const & predicate, qv::Reference<Value> v1) {
-    return match(predicate, Values{v1});
-}
+Expression clause(qvString::CString const & predicate, qv::Reference<Value> v1) { return match(predicate, Values{v1}); }
 
 Expression clause(qvString::CString const & predicate, qv::Reference<Value> v1, qv::Reference<Value> v2) {
     return match(predicate, Values{v1, v2});

@@ -19,8 +19,8 @@ namespace qvPlg {
 // for one.
 class QV_EXPORT Fact {
 public:
-    // Where null arguments sort among bound ones: by their data like any other, above them, or below them. Only the last
-    // two make a goal with variables the bound of a range of facts.
+    // Where null arguments sort among bound ones: by their data like any other, above them, or below them. Only the
+    // last two make a goal with variables the bound of a range of facts.
     enum Compare { CompareExact, CompareHigh, CompareLow };
 
     Fact(qvString::CString const & predicate, qv::vector<qv::Reference<Value>> const & values);

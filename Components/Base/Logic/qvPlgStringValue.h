@@ -8,8 +8,8 @@
 
 namespace qvPlg {
 
-// A CString, or a variable for one, in the order of CString::compare. Its type is "string". `lessThan` and `assign` take
-// values of this type; with one of another type `lessThan` is false and `assign` does nothing.
+// A CString, or a variable for one, in the order of CString::compare. Its type is "string". `lessThan` and `assign`
+// take values of this type; with one of another type `lessThan` is false and `assign` does nothing.
 class QV_EXPORT StringValue : public Value {
 public:
     // Null, with an empty string as its data.

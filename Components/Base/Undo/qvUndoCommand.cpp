@@ -1,5 +1,6 @@
 #include "Base/Undo/qvUndoCommand.h"
 
+#include "Base/Undo/Internal/qvUndoCommandRun.h"
 #include "Base/Undo/Internal/qvUndoGroupImpl.h"
 #include "Base/Undo/Internal/qvUndoManagerImpl.h"
 #include "Base/Undo/Internal/qvUndoReportFile.h"
@@ -8,35 +9,6 @@
 #include <cstring>
 
 namespace qvUndo {
-
-// Keeps the history as it is while an operation runs. An operation that throws has failed.
-class Command::Run {
-public:
-    explicit Run(Command & command)
-        : command_(command), manager_(command.group_ ? &command.group_->manager() : nullptr) {
-        if (manager_)
-            manager_->hold();
-    }
-    ~Run() {
-        if (!ended_)
-            command_.stateInvalid();
-        // The last act: a manager that was replaced meanwhile takes the command with it.
-        if (manager_)
-            manager_->release();
-    }
-    Run(Run const &) = delete;
-    Run & operator=(Run const &) = delete;
-
-    bool end(bool good) {
-        ended_ = true;
-        return good;
-    }
-
-private:
-    Command & command_;
-    ManagerImpl * manager_;
-    bool ended_ = false;
-};
 
 Command::Command(Group * group, char const * name) {
     if (name) {
@@ -73,42 +45,64 @@ void Command::addToGroup(Group * group) {
         qvUndoReport("    qvUndo::Command: new (%s, 0x%p)\n", getName(), static_cast<void *>(this));
 }
 
-bool Command::doIt() {
-    if (!isValid())
-        return false;
-    if (lastWasDoIt())
-        return true;
-    Run run(*this);
-    if (reportFile.isOpen())
-        qvUndoReport("    + qvUndo::Command: doIt (%s, 0x%p), %d bytes\n", getName(), static_cast<void *>(this),
-                     getNumBytesUsed());
-    bool const good = doOperation();
-    stateDone();
-    if (!good) {
-        if (reportFile.isOpen())
-            qvUndoReport("    - qvUndo::Command: 'do' of %s returned failure.  Marking invalid.\n", getName());
-        stateInvalid();
+namespace {
+
+// Keeps the history as it is while an operation runs. To be let go last: a manager that was replaced meanwhile takes
+// the command with it.
+class MaybeHold {
+public:
+    explicit MaybeHold(ManagerImpl * manager) : manager_(manager) {
+        if (manager_)
+            manager_->hold();
     }
-    return run.end(good);
+    ~MaybeHold() {
+        if (manager_)
+            manager_->release();
+    }
+    MaybeHold(MaybeHold const &) = delete;
+    MaybeHold & operator=(MaybeHold const &) = delete;
+
+private:
+    ManagerImpl * manager_;
+};
+
+} // namespace
+
+bool Command::doIt() {
+    MaybeHold const held(group_ ? &group_->manager() : nullptr);
+    try {
+        return CommandRun::doIt(*this);
+    } catch (...) {
+        stateInvalid();
+        throw;
+    }
 }
 
 bool Command::undoIt() {
-    if (!isValid())
-        return false;
-    if (lastWasUndoIt())
-        return true;
-    Run run(*this);
-    if (reportFile.isOpen())
-        qvUndoReport("    - qvUndo::Command: undoIt (%s, 0x%p), %d bytes\n", getName(), static_cast<void *>(this),
-                     getNumBytesUsed());
-    bool const good = undoOperation();
-    stateUndone();
-    if (!good) {
-        if (reportFile.isOpen())
-            qvUndoReport("    - qvUndo::Command: undo of %s returned failure.  Marking invalid.\n", getName());
+    MaybeHold const held(group_ ? &group_->manager() : nullptr);
+    try {
+        return CommandRun::undoIt(*this);
+    } catch (...) {
         stateInvalid();
+        throw;
     }
-    return run.end(good);
+}
+
+// ---- What is rare in a run
+
+void CommandRun::traceDo(Command & command) {
+    qvUndoReport("    + qvUndo::Command: doIt (%s, 0x%p), %d bytes\n", command.getName(), static_cast<void *>(&command),
+                 command.getNumBytesUsed());
+}
+
+void CommandRun::traceUndo(Command & command) {
+    qvUndoReport("    - qvUndo::Command: undoIt (%s, 0x%p), %d bytes\n", command.getName(),
+                 static_cast<void *>(&command), command.getNumBytesUsed());
+}
+
+void CommandRun::fail(Command & command, char const * format) {
+    qvUndoReport(format, command.getName());
+    command.stateInvalid();
 }
 
 } // namespace qvUndo

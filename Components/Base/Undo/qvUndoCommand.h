@@ -10,6 +10,7 @@
 
 namespace qvUndo {
 
+class CommandRun;
 class Group;
 class GroupImpl;
 
@@ -65,8 +66,8 @@ public:
     char const * getName() const { return name_ ? name_.get() : "noname"; }
 
 private:
+    friend class CommandRun;
     friend class GroupImpl;
-    class Run;
 
     int id_ = 0;
     std::unique_ptr<char[]> name_;

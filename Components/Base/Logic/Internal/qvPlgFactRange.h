@@ -9,7 +9,8 @@ namespace qvPlg {
 
 // The facts with the goal's predicate and arity that agree with it in the arguments in front of its first variable.
 // They stand together in a database. A goal with CompareLow would be just in front of them, one with CompareHigh just
-// behind; here one search finds the first of them, and each of the others tells by itself that it still belongs to them.
+// behind; here one search finds the first of them, and each of the others tells by itself that it still belongs to
+// them.
 class FactRange {
 public:
     FactRange() = default;
@@ -29,7 +30,7 @@ private:
     int order(Fact const & fact) const;
 
     Fact const * goal_ = nullptr;
-    int leading_ = 0; // arguments in front of the first variable
+    int leading_ = 0;                           // arguments in front of the first variable
     mutable Fact::Name const * name_ = nullptr; // a text that was found equal to the predicate
 };
 

@@ -13,9 +13,10 @@ class Clause;
 class CompositeClause;
 
 // The evaluators of a query form a tree, in which the body of a rule is the child of the goal that it was called for.
-// However deep it is, no operation recurses: `run` asks one evaluator after the other to `resume`, which does a step and
-// names the one that has to go on: a child that it needs a solution of, or, when it is done, its parent. What stands on
-// the stack of a recursive solver stands in `phase_` here. Other walks over the tree link evaluators by `link_`.
+// However deep it is, no operation recurses: `run` asks one evaluator after the other to `resume`, which does a step
+// and names the one that has to go on: a child that it needs a solution of, or, when it is done, its parent. What
+// stands on the stack of a recursive solver stands in `phase_` here. Other walks over the tree link evaluators by
+// `link_`.
 //
 // An evaluator that has no solution has no binding in place, and neither has anything below it.
 class StepEvaluator : public Evaluator {

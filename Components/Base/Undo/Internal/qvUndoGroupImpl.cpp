@@ -1,5 +1,6 @@
 #include "Base/Undo/Internal/qvUndoGroupImpl.h"
 
+#include "Base/Undo/Internal/qvUndoCommandRun.h"
 #include "Base/Undo/Internal/qvUndoManagerImpl.h"
 #include "Base/Undo/Internal/qvUndoReportFile.h"
 #include "Base/Undo/qvUndoCommand.h"
@@ -53,6 +54,18 @@ GroupImpl::~GroupImpl() {
     manager_.getBusySignal().emit(false);
 }
 
+// The command's own `doIt` would hold the history once more for each.
+template <bool (*run)(Command &)>
+bool GroupImpl::runCommand(int index) {
+    try {
+        return run(*commands_[index]);
+    } catch (...) {
+        if (Command * const command = getCommand(index))
+            command->stateInvalid();
+        throw;
+    }
+}
+
 bool GroupImpl::doIt() {
     ManagerImpl::Hold const hold(manager_);
     if (reportFile.isOpen())
@@ -65,7 +78,7 @@ bool GroupImpl::doIt() {
     if (lastWasDoIt())
         return true;
     for (int i = 0; i < commands_.size(); ++i) {
-        if (!commands_[i]->doIt())
+        if (!runCommand<CommandRun::doIt>(i))
             return fail("  ! qvUndo::Group: 'do' of command %d (%s) returnedfailure status\n", i);
     }
     stateDone();
@@ -84,7 +97,7 @@ bool GroupImpl::undoIt() {
     if (lastWasUndoIt())
         return true;
     for (int i = commands_.size() - 1; i >= 0; i = std::min(i, commands_.size()) - 1) {
-        if (!commands_[i]->undoIt())
+        if (!runCommand<CommandRun::undoIt>(i))
             return fail("  ! qvUndo::Group: 'undo' of command %d (%s) returnedfailure status\n", i);
     }
     stateUndone();

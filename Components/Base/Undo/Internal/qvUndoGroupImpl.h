@@ -17,7 +17,7 @@ class ManagerImpl;
 
 class GroupImpl final : public Group {
 public:
-    using Place = qv::list<Group *>::iterator;
+    using Place = qv::list<GroupImpl *>::iterator;
 
     // The name must not be null.
     GroupImpl(ManagerImpl & manager, char const * name);
@@ -58,6 +58,8 @@ public:
     bool isDying() const { return isDying_; }
 
 private:
+    template <bool (*run)(Command &)>
+    bool runCommand(int index);
     bool fail(char const * format, int index);
 
     qvRTB::SignalArg<Group *> sigDestroyed_;

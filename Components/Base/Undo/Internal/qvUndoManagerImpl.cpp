@@ -1,6 +1,5 @@
 #include "Base/Undo/Internal/qvUndoManagerImpl.h"
 
-#include "Base/Undo/Internal/qvUndoGroupImpl.h"
 #include "Base/Undo/Internal/qvUndoReportFile.h"
 #include "Base/Undo/qvUndoReport.h"
 
@@ -100,7 +99,7 @@ bool ManagerImpl::doIt() {
 bool ManagerImpl::undoGroups(int & commands) {
     for (;;) {
         --cursor_;
-        Group & group = **cursor_;
+        GroupImpl & group = **cursor_;
         commands += group.getNumCommands();
         if (!group.undoIt())
             return false;
@@ -111,7 +110,7 @@ bool ManagerImpl::undoGroups(int & commands) {
 
 bool ManagerImpl::doGroups(int & commands) {
     for (;;) {
-        Group & group = **cursor_;
+        GroupImpl & group = **cursor_;
         commands += group.getNumCommands();
         if (!group.doIt())
             return false;
@@ -257,14 +256,14 @@ void ManagerImpl::deleteOldestStep() {
 
 int ManagerImpl::countSteps() {
     int steps = 0;
-    for (Group * group : queue_)
+    for (GroupImpl * group : queue_)
         steps += steps == 0 || !group->isDynamic();
     return steps;
 }
 
 std::int64_t ManagerImpl::countBytes() {
     std::int64_t sum = 0;
-    for (Group * group : queue_)
+    for (GroupImpl * group : queue_)
         sum += group->getNumBytesUsed();
     return sum;
 }
@@ -290,7 +289,7 @@ bool ManagerImpl::canUndo() { return cursor_ != queue_.begin(); }
 bool ManagerImpl::canDo() { return cursor_ != queue_.end(); }
 
 Group * ManagerImpl::findGroup(int id) {
-    for (Group * group : queue_) {
+    for (GroupImpl * group : queue_) {
         if (group->getID() == id)
             return group;
     }
@@ -311,7 +310,7 @@ bool ManagerImpl::isInCurrentStep(int id) {
 void ManagerImpl::associateGroups(int firstID, int lastID) {
     qvUndoReport("qvUndo::Manager: associateGroups (%d, %d)\n", firstID, lastID);
     bool isFirst = true;
-    for (Group * group : queue_) {
+    for (GroupImpl * group : queue_) {
         if (group->getID() < firstID || group->getID() > lastID)
             continue;
         group->setDynamic(!isFirst);
@@ -320,7 +319,7 @@ void ManagerImpl::associateGroups(int firstID, int lastID) {
 }
 
 void ManagerImpl::pointerDestroyed(void * pointer) {
-    for (Group * group : queue_)
+    for (GroupImpl * group : queue_)
         group->pointerDestroyed(pointer);
 }
 

@@ -5,13 +5,12 @@
 
 #include "Base/Containers/qvList.h"
 #include "Base/Signals/qvRTBSignal.h"
+#include "Base/Undo/Internal/qvUndoGroupImpl.h"
 #include "Base/Undo/qvUndoManager.h"
 
 #include <cstdint>
 
 namespace qvUndo {
-
-class GroupImpl;
 
 // A sum of bytes in the type that the interface gives.
 int saturatedBytes(std::int64_t sum);
@@ -68,7 +67,7 @@ public:
     void moveCursorOff(GroupImpl & group);
 
 private:
-    using Queue = qv::list<Group *>;
+    using Queue = qv::list<GroupImpl *>;
     enum class Room { none, forOneStep };
 
     bool isHeld() const { return holds_ != 0; }
