@@ -1,5 +1,7 @@
 #include "Base/Logic/qvPlgDatabase.h"
 
+#include "Base/Logic/Internal/qvPlgFactRange.h"
+
 #include <iterator>
 #include <ostream>
 
@@ -7,23 +9,48 @@ namespace qvPlg {
 
 Database::Database() { facts_.setNumElementsInBlock(10); }
 
-// Facts of one predicate stand together, so a new one finds its text at one of its neighbours.
+Database::Database(Database const & other) : facts_(other.facts_), names_(other.names_) {
+    for (auto place = facts_.cbegin(); place != facts_.cend(); ++place)
+        noteStart(place);
+}
+
+// Places of facts stay good when sets change over.
+Database & Database::operator=(Database const & other) {
+    Database copy(other);
+    facts_.swap(copy.facts_);
+    names_.swap(copy.names_);
+    starts_.swap(copy.starts_);
+    return *this;
+}
+
+unsigned Database::HashStart::operator()(Start const & start) const {
+    return qv::hash<std::uint64_t>()(start.argument * 0x9E3779B97F4A7C15U + std::uint64_t(start.arity)) ^
+           qv::hash<Fact::Name const *>()(start.name);
+}
+
 void Database::addFact(Fact const & fact) {
     Fact copy(fact);
     copy.setCompare(Fact::CompareExact);
+    copy.name_ = names_.try_emplace(fact.predicate(), fact.name_).first->second;
+    copy.firstKey_ = copy.arity() > 0 ? FactRange::keyOf(*copy.values()[0]) : 0;
     auto const [place, isNew] = facts_.insert(copy);
     if (!isNew)
         return;
-    auto const shareWith = [&](Fact const & neighbour) {
-        if (neighbour.predicate().compare(place->predicate()) != 0)
-            return false;
-        place->name_ = neighbour.name_;
-        return true;
-    };
-    if (place != facts_.begin() && shareWith(*std::prev(place)))
+    qv::detail::OnFailure eraseAgain([&, at = place] { facts_.erase(at); });
+    noteStart(place);
+    eraseAgain.release();
+}
+
+// Of facts that begin alike the first one stands directly in front of the one that was it before.
+void Database::noteStart(qv::set<Fact>::const_iterator place) {
+    if (place->arity() == 0)
         return;
-    if (auto const behind = std::next(place); behind != facts_.end())
-        shareWith(*behind);
+    std::uint64_t const argument = FactRange::startOf(*place->values()[0]);
+    if (argument == 0)
+        return;
+    auto const [start, isNew] = starts_.try_emplace(Start{place->name_.get(), place->arity(), argument}, place);
+    if (!isNew && std::next(place) == start->second)
+        start->second = place;
 }
 
 void Database::addFact(qvString::CString const & predicate, qv::Reference<Value> value) {

@@ -3,10 +3,13 @@
 #ifndef qvPlgDatabase_h
 #define qvPlgDatabase_h
 
+#include "Base/Containers/qvHashMap.h"
+#include "Base/Containers/qvMap.h"
 #include "Base/Containers/qvSet.h"
 #include "Base/Logic/qvPlgFact.h"
 #include "Base/qvBaseConfig.h"
 
+#include <cstdint>
 #include <iosfwd>
 
 namespace qvPlg {
@@ -14,14 +17,15 @@ namespace qvPlg {
 // An ordered set of facts, each once. Their order is the index: a query that knows the first arguments of a goal looks
 // at the facts with these only, so the argument by which facts are looked up most should come first.
 //
-// Adding a fact takes logarithmic time. It does not copy the arguments: a value must not be changed as long as it
+// Adding a fact takes logarithmic time, finding the facts of a goal whose first argument is a bound IntegerValue or
+// StringValue constant time on average, of any other goal logarithmic time. It does not copy the arguments: a value must not be changed as long as it
 // stands in a database, or the order breaks. A copy of a database shares them too. No fact may be added while a query
 // over the database runs.
 class QV_EXPORT Database {
 public:
     Database();
-    Database(Database const &) = default;
-    Database & operator=(Database const &) = default;
+    Database(Database const & other);
+    Database & operator=(Database const & other);
     ~Database() = default;
 
     // Adds a copy, with CompareExact. A fact that is equal to one in the database is ignored.
@@ -34,7 +38,28 @@ public:
     qv::set<Fact> const & getFacts() const { return facts_; }
 
 private:
+    friend class FactRange;
+
+    // A predicate, an arity, and a number for the first argument.
+    struct Start {
+        Fact::Name const * name;
+        int arity;
+        std::uint64_t argument;
+
+        bool operator==(Start const &) const = default;
+    };
+    struct HashStart {
+        unsigned operator()(Start const & start) const;
+    };
+
+    void noteStart(qv::set<Fact>::const_iterator place);
+
     qv::set<Fact> facts_;
+    qv::map<qvString::CString, qv::Reference<Fact::Name>> names_; // of all predicates
+    // The first of the facts that begin alike, where the first argument is of a class that FactRange knows. The way
+    // down the tree to them is what a look-up among many facts would spend most of its time on. Where two texts have
+    // the same number only one of them is found here.
+    qv::hash_map<Start, qv::set<Fact>::const_iterator, HashStart> starts_;
 };
 
 // Prints a brace-initialised table with a row for each fact and a zero row at its end.

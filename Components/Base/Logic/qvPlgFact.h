@@ -11,6 +11,7 @@
 #include "Base/Utility/qvReferenceCount.h"
 #include "Base/qvBaseConfig.h"
 
+#include <cstdint>
 #include <iosfwd>
 
 namespace qvPlg {
@@ -50,7 +51,7 @@ private:
     friend class FactRange;
 
     // The predicate is shared: the facts of one database hold one text for all of the same predicate, so that a search
-    // recognises it by its address. Reading the text of each fact on the way doubled the time of a look-up.
+    // recognises it by its address.
     struct Name : qv::ReferenceCount {
         explicit Name(qvString::CString const & t) : text(t) {}
         qvString::CString const text;
@@ -58,7 +59,10 @@ private:
 
     void checkValues() const;
 
-    mutable qv::Reference<Name> name_; // never null
+    // What a search reads of each fact on its way stands together: these, and the number of the values. The key is only
+    // there in a database, and tells what FactRange knows about the first argument without going there.
+    qv::Reference<Name> name_; // never null
+    std::uint64_t firstKey_ = 0;
     qv::vector<qv::Reference<Value>> values_;
     Compare compare_ = CompareExact;
 };

@@ -79,14 +79,14 @@ bool MatchEvaluator::isBound() { return !isLive_ || goal().allValuesBound(); }
 // ---- Facts
 
 StepEvaluator * MatchEvaluator::firstFact() {
-    range_ = FactRange(goal());
-    current_ = interpreter().getDB().getFacts().lower_bound(range_);
+    range_ = FactRange(goal(), interpreter().getDB());
+    current_ = range_.first();
     return seekFact() ? done(true) : startRule();
 }
 
 StepEvaluator * MatchEvaluator::nextFact() {
     setVariablesNull();
-    ++current_;
+    current_ = following_;
     bool const found = seekFact();
     if (!found)
         releaseBindings();
@@ -96,7 +96,10 @@ StepEvaluator * MatchEvaluator::nextFact() {
 // Every argument is tested before the first is bound, so a variable that stands twice is not compared with itself.
 bool MatchEvaluator::seekFact() {
     auto const end = interpreter().getDB().getFacts().end();
-    for (; current_ != end && range_.contains(*current_); ++current_) {
+    for (; current_ != end && range_.contains(*current_); current_ = following_) {
+        following_ = std::next(current_);
+        if (following_ != end)
+            range_.fetch(*following_);
         if (!range_.matches(*current_))
             continue;
         if (!variables_.empty()) {

@@ -38,6 +38,7 @@ private:
     qv::vector<Value *> variables_; // those of the goal that were null at its start; empty without a solution
     FactRange range_;
     qv::set<Fact>::const_iterator current_;
+    qv::set<Fact>::const_iterator following_; // of the current fact, on its way into the cache meanwhile
     Expression body_; // of the rule; its evaluator is the child
     int depth_;       // of rules around the goal
 };
