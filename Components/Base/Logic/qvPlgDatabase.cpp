@@ -2,7 +2,7 @@
 
 #include "Base/Logic/Internal/qvPlgFactRange.h"
 
-#include <iterator>
+#include <algorithm>
 #include <ostream>
 
 namespace qvPlg {
@@ -10,16 +10,16 @@ namespace qvPlg {
 Database::Database() { facts_.setNumElementsInBlock(10); }
 
 Database::Database(Database const & other) : facts_(other.facts_), names_(other.names_) {
-    for (auto place = facts_.cbegin(); place != facts_.cend(); ++place)
-        noteStart(place);
+    for (Fact const & fact : facts_)
+        addToGroup(fact);
 }
 
-// Places of facts stay good when sets change over.
+// Facts stay where they are when sets change over.
 Database & Database::operator=(Database const & other) {
     Database copy(other);
     facts_.swap(copy.facts_);
     names_.swap(copy.names_);
-    starts_.swap(copy.starts_);
+    groups_.swap(copy.groups_);
     return *this;
 }
 
@@ -37,20 +37,37 @@ void Database::addFact(Fact const & fact) {
     if (!isNew)
         return;
     qv::detail::OnFailure eraseAgain([&, at = place] { facts_.erase(at); });
-    noteStart(place);
+    addToGroup(*place);
     eraseAgain.release();
 }
 
-// Of facts that begin alike the first one stands directly in front of the one that was it before.
-void Database::noteStart(qv::set<Fact>::const_iterator place) {
-    if (place->arity() == 0)
+void Database::addToGroup(Fact const & fact) {
+    if (fact.firstKey_ == 0)
         return;
-    std::uint64_t const argument = FactRange::startOf(*place->values()[0]);
-    if (argument == 0)
+    Row const row = fact.values().data();
+    Group & group = groups_[Start{fact.name_.get(), fact.arity(), FactRange::startOf(*row[0])}];
+    if (!group.hasRows)
         return;
-    auto const [start, isNew] = starts_.try_emplace(Start{place->name_.get(), place->arity(), argument}, place);
-    if (!isNew && std::next(place) == start->second)
-        start->second = place;
+    if (!group.first) {
+        group.first = row;
+        return;
+    }
+    if (group.size() == maxGroupSize || compare(*group.first[0], *row[0]) != 0) {
+        group = Group{nullptr, {}, false};
+        return;
+    }
+    auto const isBefore = [&fact](Row a, Row b) {
+        int order = 0;
+        for (int i = 1; i < fact.arity() && order == 0; ++i)
+            order = compare(*a[i], *b[i]);
+        return order < 0;
+    };
+    if (isBefore(row, group.first)) {
+        group.others.insert(group.others.begin(), group.first);
+        group.first = row;
+    } else {
+        group.others.insert(std::lower_bound(group.others.begin(), group.others.end(), row, isBefore), row);
+    }
 }
 
 void Database::addFact(qvString::CString const & predicate, qv::Reference<Value> value) {

@@ -6,6 +6,7 @@
 #include "Base/Containers/qvHashMap.h"
 #include "Base/Containers/qvMap.h"
 #include "Base/Containers/qvSet.h"
+#include "Base/Containers/qvVector.h"
 #include "Base/Logic/qvPlgFact.h"
 #include "Base/qvBaseConfig.h"
 
@@ -18,9 +19,9 @@ namespace qvPlg {
 // at the facts with these only, so the argument by which facts are looked up most should come first.
 //
 // Adding a fact takes logarithmic time, finding the facts of a goal whose first argument is a bound IntegerValue or
-// StringValue constant time on average, of any other goal logarithmic time. It does not copy the arguments: a value must not be changed as long as it
-// stands in a database, or the order breaks. A copy of a database shares them too. No fact may be added while a query
-// over the database runs.
+// StringValue constant time on average, of any other goal logarithmic time. It does not copy the arguments: a value
+// must not be changed as long as it stands in a database, or the order breaks. A copy of a database shares them too. No
+// fact may be added while a query over the database runs.
 class QV_EXPORT Database {
 public:
     Database();
@@ -51,15 +52,27 @@ private:
     struct HashStart {
         unsigned operator()(Start const & start) const;
     };
+    // The arguments of a stored fact, which stay where they are.
+    using Row = qv::Reference<Value> const *;
+    // The facts that begin alike, in order. One that grows too large to insert into, or in which two texts have met
+    // that have the same number, gives up its rows; such facts are found in the set.
+    struct Group {
+        Row first = nullptr; // with many small groups it matters that nothing else has to be read for it
+        qv::vector<Row> others;
+        bool hasRows = true;
 
-    void noteStart(qv::set<Fact>::const_iterator place);
+        int size() const { return first ? others.size() + 1 : 0; }
+        Row row(int index) const { return index == 0 ? first : others[index - 1]; }
+    };
+    static constexpr int maxGroupSize = 1000;
+
+    void addToGroup(Fact const & fact);
 
     qv::set<Fact> facts_;
     qv::map<qvString::CString, qv::Reference<Fact::Name>> names_; // of all predicates
-    // The first of the facts that begin alike, where the first argument is of a class that FactRange knows. The way
-    // down the tree to them is what a look-up among many facts would spend most of its time on. Where two texts have
-    // the same number only one of them is found here.
-    qv::hash_map<Start, qv::set<Fact>::const_iterator, HashStart> starts_;
+    // A look-up among many facts spends its time on waiting for memory, on the way down the tree and from node to node.
+    // From here it is one step to the arguments of all facts that it wants.
+    qv::hash_map<Start, Group, HashStart> groups_;
 };
 
 // Prints a brace-initialised table with a row for each fact and a zero row at its end.

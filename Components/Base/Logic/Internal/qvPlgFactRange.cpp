@@ -3,12 +3,16 @@
 #include "Base/Logic/qvPlgIntegerValue.h"
 #include "Base/Logic/qvPlgStringValue.h"
 
+#include <algorithm>
 #include <string_view>
 #include <typeinfo>
 
 namespace qvPlg {
 
 namespace {
+
+constexpr int rowsAhead = 5;
+constexpr int valuesAhead = 2;
 
 constexpr std::uint64_t integerMark = std::uint64_t{1} << 62;
 constexpr std::uint64_t textMark = std::uint64_t{1} << 63; // "string" sorts behind "integer"
@@ -46,18 +50,85 @@ FactRange::FactRange(Fact const & goal, Database const & database) : goal_(&goal
         key_ = keyOf(*goal.values()[0]);
 }
 
-qv::set<Fact>::const_iterator FactRange::first() const {
-    qv::set<Fact> const & facts = database_->getFacts();
+FactRange::Row FactRange::first() {
+    group_ = nullptr;
     if (!name_)
-        return facts.end();
-    if (key_ != 0) {
-        auto const start = database_->starts_.find({name_, goal_->arity(), startOf(*goal_->values()[0])});
-        if (start == database_->starts_.end())
-            return facts.end();
-        if (leading_ == 1 && contains(*start->second))
-            return start->second;
+        return nullptr;
+    if (key_ != 0 && findGroup())
+        return group_ ? seekInGroup() : nullptr;
+    place_ = database_->getFacts().lower_bound(*this);
+    return seekInSet();
+}
+
+FactRange::Row FactRange::next() {
+    if (group_) {
+        ++index_;
+        return seekInGroup();
     }
-    return facts.lower_bound(*this);
+    ++place_;
+    return seekInSet();
+}
+
+// False when the facts have to be found in the set.
+bool FactRange::findGroup() {
+    auto const place = database_->groups_.find({name_, goal_->arity(), startOf(*goal_->values()[0])});
+    if (place == database_->groups_.end())
+        return true;
+    Database::Group const & group = place->second;
+    if (!group.hasRows)
+        return false;
+    if (key_ >= textMark && compare(*group.first[0], *goal_->values()[0]) != 0)
+        return true; // another text of the same number
+    group_ = &group;
+    index_ = 0;
+    if (leading_ > 1 && orderOfRow(group.first, 1) < 0) {
+        auto const liesBefore = [](Row row, FactRange const * range) { return range->orderOfRow(row, 1) < 0; };
+        index_ = 1 + int(std::lower_bound(group.others.begin(), group.others.end(), this, liesBefore) -
+                         group.others.begin());
+    }
+    for (int i = index_; i < group.size() && i < index_ + rowsAhead; ++i)
+        __builtin_prefetch(group.row(i));
+    return true;
+}
+
+FactRange::Row FactRange::seekInGroup() {
+    for (; index_ < group_->size(); ++index_) {
+        Row const row = group_->row(index_);
+        fetchAhead();
+        if (orderOfRow(row, 1) != 0)
+            break;
+        if (matches(row))
+            return row;
+    }
+    return nullptr;
+}
+
+FactRange::Row FactRange::seekInSet() {
+    for (auto const end = database_->getFacts().end(); place_ != end && order(*place_) == 0; ++place_) {
+        Row const row = place_->values().data();
+        if (matches(row))
+            return row;
+    }
+    return nullptr;
+}
+
+// A value is two steps away, which wait for memory one after the other. Those of the next facts are taken ahead, each
+// for another fact.
+void FactRange::fetchAhead() const {
+    int const left = group_->size() - index_;
+    if (left > rowsAhead)
+        __builtin_prefetch(group_->row(index_ + rowsAhead));
+    if (left > valuesAhead && leading_ < goal_->arity())
+        __builtin_prefetch(group_->row(index_ + valuesAhead)[leading_].get());
+}
+
+bool FactRange::matches(Row row) const {
+    for (int i = leading_; i < goal_->arity(); ++i) {
+        Value const & wanted = *goal_->values()[i];
+        if (wanted.isNull() ? !wanted.hasTypeOf(*row[i]) : compare(wanted, *row[i]) != 0)
+            return false;
+    }
+    return true;
 }
 
 int FactRange::order(Fact const & fact) const {
@@ -66,28 +137,18 @@ int FactRange::order(Fact const & fact) const {
     if (fact.arity() != goal_->arity())
         return fact.arity() < goal_->arity() ? -1 : 1;
     if (key_ == 0 || fact.firstKey_ == 0)
-        return orderOfValues(fact, 0);
+        return orderOfRow(fact.values().data(), 0);
     if (fact.firstKey_ != key_)
         return fact.firstKey_ < key_ ? -1 : 1;
-    return orderOfValues(fact, key_ < textMark ? 1 : 0);
+    return orderOfRow(fact.values().data(), key_ < textMark ? 1 : 0);
 }
 
-int FactRange::orderOfValues(Fact const & fact, int from) const {
+int FactRange::orderOfRow(Row row, int from) const {
     for (int i = from; i < leading_; ++i) {
-        if (int const order = compare(*fact.values()[i], *goal_->values()[i]))
+        if (int const order = compare(*row[i], *goal_->values()[i]))
             return order;
     }
     return 0;
-}
-
-bool FactRange::matches(Fact const & fact) const {
-    for (int i = leading_; i < goal_->arity(); ++i) {
-        Value const & wanted = *goal_->values()[i];
-        Value const & stored = *fact.values()[i];
-        if (wanted.isNull() ? !wanted.hasTypeOf(stored) : compare(wanted, stored) != 0)
-            return false;
-    }
-    return true;
 }
 
 } // namespace qvPlg

@@ -21,22 +21,16 @@ public:
     // The goal must outlive the range, and its bound arguments must keep their values.
     FactRange(Fact const & goal, Database const & database);
 
-    // The first fact of the range, or one that it does not contain.
-    qv::set<Fact>::const_iterator first() const;
-
     // For the search in a set of facts: whether the whole range comes behind the fact.
     bool liesBehind(Fact const & fact) const { return order(fact) < 0; }
-    bool contains(Fact const & fact) const { return order(fact) == 0; }
 
-    // Whether a fact of the range agrees in the other arguments too. One that is a variable now is taken to agree with
-    // any value of its type.
-    bool matches(Fact const & fact) const;
+    // The arguments of a fact; as many as the goal has.
+    using Row = qv::Reference<Value> const *;
 
-    // Begins to read what `matches` will look at.
-    void fetch(Fact const & fact) const {
-        if (leading_ < fact.arity())
-            __builtin_prefetch(fact.values()[leading_].get());
-    }
+    // The first fact of the range that agrees with the goal in the other arguments too, and the one behind that. Null
+    // when there is none. An argument of the goal that is a variable agrees with any value of its type.
+    Row first();
+    Row next();
 
     // A number that sorts as the value does, as far as it goes: of two values with keys the one with the smaller key
     // sorts first. Equal keys tell that integers are equal, and nothing about texts. 0 stands for a value of any other
@@ -47,14 +41,24 @@ public:
     static std::uint64_t startOf(Value const & value);
 
 private:
-    // Where the fact stands: negative in front of the range, positive behind it.
+    bool findGroup();
+    Row seekInGroup();
+    Row seekInSet();
+    void fetchAhead() const;
+    bool matches(Row row) const;
+
+    // Where a fact stands: negative in front of the range, positive behind it.
     int order(Fact const & fact) const;
-    int orderOfValues(Fact const & fact, int from) const;
+    int orderOfRow(Row row, int from) const;
 
     Fact const * goal_ = nullptr;
     Database const * database_ = nullptr;
-    int leading_ = 0;                           // arguments in front of the first variable
-    std::uint64_t key_ = 0;                     // of the first argument, if it is one of these
+    int leading_ = 0;       // arguments in front of the first variable
+    std::uint64_t key_ = 0; // of the first argument, if it is one of these
+    // What is still to come: in a group of the database, or else in its set.
+    Database::Group const * group_ = nullptr;
+    int index_ = 0;
+    qv::set<Fact>::const_iterator place_;
     Fact::Name const * name_ = nullptr; // of the predicate in this database; null when it has none
 };
 

@@ -80,37 +80,27 @@ bool MatchEvaluator::isBound() { return !isLive_ || goal().allValuesBound(); }
 
 StepEvaluator * MatchEvaluator::firstFact() {
     range_ = FactRange(goal(), interpreter().getDB());
-    current_ = range_.first();
-    return seekFact() ? done(true) : startRule();
+    FactRange::Row const row = range_.first();
+    return row ? bindTo(row) : startRule();
 }
 
 StepEvaluator * MatchEvaluator::nextFact() {
     setVariablesNull();
-    current_ = following_;
-    bool const found = seekFact();
-    if (!found)
-        releaseBindings();
-    return done(found);
+    if (FactRange::Row const row = range_.next())
+        return bindTo(row);
+    releaseBindings();
+    return done(false);
 }
 
-// Every argument is tested before the first is bound, so a variable that stands twice is not compared with itself.
-bool MatchEvaluator::seekFact() {
-    auto const end = interpreter().getDB().getFacts().end();
-    for (; current_ != end && range_.contains(*current_); current_ = following_) {
-        following_ = std::next(current_);
-        if (following_ != end)
-            range_.fetch(*following_);
-        if (!range_.matches(*current_))
-            continue;
-        if (!variables_.empty()) {
-            for (int i = 0; i < goal().arity(); ++i) {
-                if (Value & value = *goal().values()[i]; value.isNull())
-                    value.assign(*current_->values()[i]);
-            }
+// A variable that stands twice is bound by its first place.
+StepEvaluator * MatchEvaluator::bindTo(FactRange::Row row) {
+    if (!variables_.empty()) {
+        for (int i = 0; i < goal().arity(); ++i) {
+            if (Value & value = *goal().values()[i]; value.isNull())
+                value.assign(*row[i]);
         }
-        return true;
     }
-    return false;
+    return done(true);
 }
 
 // ---- The rule

@@ -3,7 +3,6 @@
 #ifndef qvPlgMatchEvaluator_h
 #define qvPlgMatchEvaluator_h
 
-#include "Base/Containers/qvSet.h"
 #include "Base/Containers/qvVector.h"
 #include "Base/Logic/Internal/qvPlgBuiltInClause.h"
 #include "Base/Logic/Internal/qvPlgFactRange.h"
@@ -30,15 +29,13 @@ private:
     void setVariablesNull();
     StepEvaluator * firstFact();
     StepEvaluator * nextFact();
-    bool seekFact();
+    StepEvaluator * bindTo(FactRange::Row row);
     StepEvaluator * startRule();
     void endRule();
 
     qv::Reference<MatchClause> clause_;
     qv::vector<Value *> variables_; // those of the goal that were null at its start; empty without a solution
     FactRange range_;
-    qv::set<Fact>::const_iterator current_;
-    qv::set<Fact>::const_iterator following_; // of the current fact, on its way into the cache meanwhile
     Expression body_; // of the rule; its evaluator is the child
     int depth_;       // of rules around the goal
 };
