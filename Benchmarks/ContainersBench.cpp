@@ -89,8 +89,9 @@ std::uint64_t weightOf(C const & container) {
     return sum;
 }
 
+// Inline, so that it does not depend on the compiler's mood whether the vector is a local variable or behind a pointer.
 template <typename V>
-V filledVector(int n) {
+[[gnu::always_inline]] inline V filledVector(int n) {
     V v;
     for (int i = 0; i < n; ++i)
         v.push_back(element<typename V::value_type>(std::uint32_t(i)));

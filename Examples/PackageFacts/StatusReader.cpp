@@ -67,7 +67,7 @@ bool isInstalled(Paragraph & paragraph) {
 
 // A name without the version in parentheses and the architecture behind a colon.
 std::string_view nameOf(std::string_view dependency) {
-    return trimmed(dependency.substr(0, dependency.find_first_of("(:[< ")));
+    return trimmed(dependency.substr(0, dependency.find_first_of("(:[<| ")));
 }
 
 class Facts {

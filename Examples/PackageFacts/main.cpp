@@ -105,8 +105,7 @@ int run(char const * file, char const * package, char const * other) {
                   clause("section", name, section) & clause("needed", name, x) & clause("section", x, section), x);
     knowledge.ask("needs, and it is not there", clause("depends", name, x) & !clause("package", x, variable()), x);
     knowledge.ask("needed by nobody", clause("package", x, y) & !clause("needed", x, variable()), x);
-    knowledge.ask("need each other",
-                  clause("depends", x, y) & clause("depends", y, x) & (x != y), x);
+    knowledge.ask("need each other", clause("depends", x, y) & clause("depends", y, x) & (x != y), x);
     knowledge.askForChain(name, otherName);
     return 0;
 }

@@ -5,6 +5,7 @@
 #include <new>
 #include <utility>
 
+#include "Base/Containers/qvBlockAllocator.h"
 #include "Base/Containers/qvHashMap.h"
 #include "Base/Containers/qvHashSet.h"
 #include "Base/Containers/qvList.h"
@@ -49,6 +50,19 @@ int refuseAllocations(C const & original, Guarantee guarantee, Operation operati
     }
 }
 
+// Insertions must not take from an argument that they have no room for. In a vector the slot is behind the last
+// element.
+template <typename T>
+constexpr auto appendMoved = [](auto & c) {
+    T moved(77);
+    try {
+        c.insert(c.end(), std::move(moved));
+    } catch (std::bad_alloc const &) {
+        EXPECT_TRUE(moved == T(77));
+        throw;
+    }
+};
+
 struct alignas(128) WideElement {
     int value = 0;
     WideElement(int v = 0) : value(v) {}
@@ -64,12 +78,14 @@ TEST(AllocationFailure, Vectors) {
         EXPECT_EQ(refuseAllocations(original, one, [](auto & v) { v.append(v[0]); }), 1);
         EXPECT_EQ(refuseAllocations(original, one, [](auto & v) { v.insert(v.begin(), v[2]); }), 1);
         EXPECT_EQ(refuseAllocations(original, one, [](auto & v) { v.emplace(v.begin(), 7); }), 1);
+        EXPECT_EQ(refuseAllocations(original, one, appendMoved<T>), 1);
+        EXPECT_EQ(refuseAllocations(original, one, [](auto & v) { v.append(std::move(v[0])); }), 1);
         EXPECT_EQ(refuseAllocations(original, one, [](auto & v) { v.reserve(100); }), 1);
         EXPECT_EQ(refuseAllocations(original, one, [](auto & v) { v.setSize(100, v[1]); }), 1);
         EXPECT_EQ(refuseAllocations(original, one, [](auto & v) { v.append(v); }), 1);
-        EXPECT_EQ(refuseAllocations(original, one, [](auto & v) { v.insert(v.begin(), v.begin(), v.end()); }), 1);
+        EXPECT_EQ(refuseAllocations(original, one, [](auto & v) { v.insert(v.begin(), v.begin(), v.end()); }), 2);
         EXPECT_EQ(refuseAllocations(original, one, [](auto & v) { qv::vector<T> copy(v); }), 1);
-        EXPECT_EQ(refuseAllocations(original, Guarantee::valid,
+        EXPECT_EQ(refuseAllocations(original, one,
                                     [&](auto & v) {
                                         qv::vector<T> const longer(50, T(1));
                                         v = longer;
@@ -88,7 +104,8 @@ TEST(AllocationFailure, Lists) {
         EXPECT_EQ(refuseAllocations(original, one, [](auto & l) { l.insert(l.begin(), 4, l.front()); }), 4);
         EXPECT_EQ(refuseAllocations(original, one, [](auto & l) { l.append(l); }), 3);
         EXPECT_EQ(refuseAllocations(original, one, [](auto & l) { qv::list<T> copy(l); }), 3);
-        EXPECT_EQ(refuseAllocations(original, Guarantee::valid, [](auto & l) { l.assign({4, 5, 6, 7, 8}); }), 2);
+        EXPECT_EQ(refuseAllocations(original, one, [](auto & l) { l.assign({4, 5, 6, 7, 8}); }), 5);
+        EXPECT_EQ(refuseAllocations(original, one, appendMoved<T>), 1);
         EXPECT_EQ(refuseAllocations(original, one, [](auto & l) { l.sort(std::greater<>()); }), 0);
     };
     forType(qv::list<RootedElement>{1, 2, 3});
@@ -107,6 +124,8 @@ TEST(AllocationFailure, TreesAndHashTables) {
         while (original.size() < 29) {
             int const allocations = refuseAllocations(original, Guarantee::asItWas, insertNext);
             EXPECT_LE(allocations, 3);
+            if constexpr (std::is_same_v<typename C::key_type, typename C::value_type>)
+                refuseAllocations(original, Guarantee::asItWas, appendMoved<typename C::key_type>);
             insertNext(original);
         }
         EXPECT_GE(refuseAllocations(original, Guarantee::asItWas, [](auto & c) { C copy(c); }), 3);
@@ -124,4 +143,19 @@ TEST(AllocationFailure, TreesAndHashTables) {
     forType(qv::hash_set<RootedElement>());
     forType(qv::hash_multiset<RootedElement>());
     forType(qv::hash_map<RootedElement, RootedElement>());
+}
+
+TEST(AllocationFailure, BlockAllocatorsTakeABlockForEachRoundOfElements) {
+    qv::BlockAllocator allocator(8, 10);
+    FailingAllocation failing(2);
+    for (int round = 0; round < 2; ++round) {
+        void * taken[20];
+        for (void *& p : taken)
+            p = allocator.alloc();
+        EXPECT_THROW(allocator.alloc(), std::bad_alloc);
+        EXPECT_EQ(allocator.numAllocated(), 20);
+        for (void * p : taken)
+            allocator.free(p);
+    }
+    EXPECT_TRUE(allocator.validate());
 }

@@ -88,8 +88,9 @@ Contents contentsOf(I first, I last) {
 template <typename C>
 Contents contentsOf(C const & container) {
     Contents contents = contentsOf<C>(container.begin(), container.end());
+    // Equal keys stay in the order in which the container has them.
     if (!isOrdered<C>)
-        std::sort(contents.begin(), contents.end());
+        std::stable_sort(contents.begin(), contents.end(), [](auto & a, auto & b) { return a.first < b.first; });
     return contents;
 }
 
@@ -169,8 +170,11 @@ public:
             C other;
             other.insert(elementOf<C>(key, value));
             other = copy;
-            EXPECT_EQ(contentsOf(other), contentsOf(copy));
+            EXPECT_TRUE(other == copy);
             ours_ = other;
+            noteBuckets();
+            for (int copies = 0; copies < 3; ++copies)
+                turnRuns(1);
             break;
         }
         case 12: {
@@ -181,14 +185,17 @@ public:
             EXPECT_EQ(moved.size(), 1);
             moved = std::move(ours_);
             ours_ = std::move(moved);
+            noteBuckets();
             break;
         }
         case 13:
             if (random_.oneIn(20)) {
                 ours_.clear();
                 model_.clear();
+            } else if (random_.oneIn(3)) {
+                changeLoadFactor();
             } else if (random_.oneIn(10)) {
-                EXPECT_EQ(erase_if(ours_, [](auto const & e) { return oddKey(e); }),
+                EXPECT_EQ(qv::erase_if(ours_, [](auto const & e) { return oddKey(e); }),
                           int(std::erase_if(model_, [](auto const & e) { return e.first % 2; })));
             }
             break;
@@ -202,9 +209,7 @@ public:
 
     void check() const {
         ASSERT_TRUE(ours_.validate());
-        Contents expected(model_.begin(), model_.end());
-        if (!isOrdered<C>)
-            std::sort(expected.begin(), expected.end());
+        Contents const expected(model_.begin(), model_.end());
         ASSERT_EQ(contentsOf(ours_), expected);
         ASSERT_EQ(ours_.size(), int(expected.size()));
     }
@@ -227,10 +232,41 @@ private:
     void insertInModel(int key, int value, typename C::const_iterator position) {
         auto const old = model_.find(key);
         bool const isNew = !isUnique<C> || old == model_.end();
-        if (isNew)
+        if (noteBuckets())
+            turnRuns(0);
+        if (!isOrdered<C> && isNew && old != model_.end())
+            model_.emplace_hint(std::next(model_.find(key)), key, value); // second of its run
+        else if (isNew)
             model_.emplace(key, value);
         Contents const expected = {{key, isNew ? value : old->second}};
         EXPECT_EQ(contentsOf<C>(position, std::next(position)), expected);
+    }
+    // Whether the table grew since the last time. Then the order in each run of equal keys has turned round.
+    bool noteBuckets() {
+        if constexpr (!isOrdered<C>)
+            return std::exchange(buckets_, ours_.bucket_count()) < ours_.bucket_count();
+        return false;
+    }
+    // Each run of equal keys in hash containers, from its element at index first on.
+    void turnRuns(int first) {
+        for (auto it = model_.begin(); !isOrdered<C> && it != model_.end();) {
+            auto const behind = model_.upper_bound(it->first);
+            std::vector<int> values;
+            for (auto from = std::next(it, first); from != behind; ++from)
+                values.insert(values.begin(), from->second);
+            std::advance(it, first);
+            for (int value : values)
+                (it++)->second = value;
+        }
+    }
+    void changeLoadFactor() {
+        if constexpr (!isOrdered<C>) {
+            static constexpr float factors[] = {0.3F, 0.8F, 1.0F, 4.0F};
+            ours_.max_load_factor(factors[random_.below(4)]);
+            EXPECT_GE(ours_.bucket_count(), int(double(ours_.size()) / double(ours_.max_load_factor())));
+            if (noteBuckets())
+                turnRuns(0);
+        }
     }
     void eraseInModel(int key, int value) {
         auto it = model_.find(key);
@@ -254,7 +290,13 @@ private:
         if constexpr (!isSet<C> && isUnique<C>) {
             bool const known = model_.count(key) > 0;
             if (random_.oneIn(3)) {
-                EXPECT_EQ(ours_.insert_or_assign(keyOf<K>(key), typename C::mapped_type(value)).second, !known);
+                if constexpr (isOrdered<C>) {
+                    auto const hint = std::next(ours_.begin(), random_.below(ours_.size() + 1));
+                    auto const it = ours_.insert_or_assign(hint, keyOf<K>(key), typename C::mapped_type(value));
+                    EXPECT_EQ(numberOf(it->first), key);
+                } else {
+                    EXPECT_EQ(ours_.insert_or_assign(keyOf<K>(key), typename C::mapped_type(value)).second, !known);
+                }
                 model_.erase(key);
                 model_.emplace(key, value);
             } else if (random_.oneIn(2)) {
@@ -287,9 +329,28 @@ private:
     SeededRandom & random_;
     int keys_;
     int lastValue_ = 0;
+    int buckets_ = 0;
     C ours_;
     std::multimap<int, int> model_;
 };
+
+// Nodes of a tree whose children lie in a map of the kind at hand.
+template <template <typename...> typename Map>
+void takesFromMapsInItsOwnElements() {
+    struct Tree {
+        Map<int, Tree> children;
+        bool operator==(Tree const & other) const { return children == other.children; }
+    };
+    Tree tree;
+    for (int i : {1, 2, 3})
+        tree.children.emplace(i, Tree()).first->second.children.emplace(10 * i, Tree());
+    Tree const before = tree;
+    Tree & inner = tree.children.find(2)->second;
+    inner.children = tree.children;
+    EXPECT_TRUE(inner.children.validate() && inner.children == before.children);
+    tree.children = inner.children;
+    EXPECT_TRUE(tree.children.validate() && tree == before);
+}
 
 template <typename C>
 class Associative : public ::testing::Test {};

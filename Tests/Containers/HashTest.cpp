@@ -42,6 +42,11 @@ public:
     HashNodeImpl * add(int key) { return add(key, key, unsigned(key)); }
     int size() const { return count_; }
     using HashTableImpl::count;
+    void growAt(int count) {
+        int const before = std::exchange(count_, count);
+        EXPECT_THROW(growForOne(), std::length_error);
+        count_ = before;
+    }
 
     // In the order of the walk.
     std::string text() {
@@ -105,6 +110,20 @@ TEST(HashFunction, GivesTheKnownValuesAtEveryEntryIntoTheCycle) {
         EXPECT_EQ(qv::hashfunction(words.data(), n), value) << n;
 }
 
+TEST(Pair, ConvertsFromOtherPairsAsTheirPartsDo) {
+    struct Wrapped {
+        explicit Wrapped(int);
+    };
+    using Ints = std::pair<int, int>;
+    static_assert(std::is_convertible_v<Ints, qv::pair<long, int>> &&
+                  std::is_convertible_v<Ints &, qv::pair<int, long>>);
+    static_assert(std::is_constructible_v<qv::pair<Wrapped, int>, Ints>);
+    static_assert(!std::is_convertible_v<Ints, qv::pair<Wrapped, int>>);
+    static_assert(!std::is_convertible_v<Ints &, qv::pair<int, Wrapped>>);
+    static_assert(!std::is_constructible_v<qv::pair<std::string, int>, Ints>);
+    static_assert(!std::is_constructible_v<qv::pair<std::string, int>, Ints &>);
+}
+
 TEST(Hash, DefaultsFollowEquality) {
     enum class Colour : short { red = 3 };
     EXPECT_EQ(qv::hash<int>()(-5), unsigned(-5));
@@ -149,6 +168,7 @@ TEST(HashTableImpl, GrowsByPrimesAndNeverShrinks) {
     table.max_load_factor(0.0F);
     table.max_load_factor(-1.0F);
     EXPECT_EQ(table.max_load_factor(), 0.5F);
+    table.growAt(std::numeric_limits<int>::max());
     table.clear();
     EXPECT_EQ(table.bucket_count(), 29);
     EXPECT_EQ(table.load_factor(), 0.0F);
@@ -253,6 +273,7 @@ TEST(HashMap, HashesWithStateAndWideResults) {
     m.reserve(1000);
     EXPECT_EQ(m.bucket_count(), 1543);
     EXPECT_EQ(m.bucket(14), 4);
+    qvTest::takesFromMapsInItsOwnElements<qv::hash_map>();
 }
 
 namespace qvTest {

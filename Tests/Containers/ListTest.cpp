@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <iterator>
+#include <limits>
 #include <list>
 #include <memory>
 #include <numeric>
@@ -28,6 +29,7 @@ struct alignas(64) WideElement {
     int value = 0;
     WideElement() = default;
     WideElement(int v) : value(v) {}
+    void operator&() const = delete; // where an element is, only std::addressof tells
     auto operator<=>(WideElement const &) const = default;
 };
 
@@ -48,7 +50,7 @@ template <typename T>
 std::vector<int> valuesOf(qv::list<T> const & l) {
     std::vector<int> values;
     for (T const & element : l) {
-        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(&element) % alignof(T), 0U);
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(std::addressof(element)) % alignof(T), 0U);
         values.push_back(valueOf(element));
     }
     return values;
@@ -112,6 +114,11 @@ public:
             break;
         }
         case 7: {
+            if (random_.oneIn(3)) {
+                ours.assign(ours.rbegin(), ours.rend());
+                theirs.reverse();
+                break;
+            }
             std::vector<int> values(std::size_t(random_.below(2 * n + 3)));
             std::generate(values.begin(), values.end(), [this] { return random_.below(50); });
             std::vector<T> elements;
@@ -303,6 +310,9 @@ TEST(List, AssignKeepsNodesAndConstructsAnew) {
     EXPECT_EQ(&l.front(), before[0]);
     l = std::as_const(l);
     EXPECT_EQ(l.size(), 2);
+    l.assign(3, RootedElement(8));
+    EXPECT_EQ(valuesOf(l), (std::vector<int>{8, 8, 8}));
+    EXPECT_EQ(&l.front(), before[0]);
     for (int failAt = 1; failAt <= 4; ++failAt) {
         ElementCounts::copiesUntilFailure = failAt;
         EXPECT_THROW(l = longer, qvTest::CopyFailure);
@@ -385,6 +395,33 @@ TEST(List, WorksWithTheStandardLibrary) {
     EXPECT_TRUE((l < qv::list{3, 2}) && (l > qv::list{3, 1}));
     EXPECT_EQ(*std::ranges::max_element(l), 3);
     EXPECT_THROW(qv::list<int>(-1), std::length_error);
+}
+
+TEST(List, TakesFromListsInItsOwnElements) {
+    struct Tree {
+        qv::list<Tree> children;
+        bool operator==(Tree const &) const = default;
+    };
+    Tree tree;
+    tree.children.resize(3);
+    tree.children.back().children.resize(2);
+    tree.children.front() = tree.children.back();
+    Tree const before = tree;
+    tree.children.front().children = tree.children;
+    EXPECT_TRUE(tree.children.front().children == before.children);
+    tree.children = tree.children.front().children;
+    EXPECT_TRUE(tree == before);
+}
+
+// Counts that no memory holds, by way of the core.
+TEST(List, AMergeBeyondTheLargestCountMovesNothing) {
+    qv::list<int> into = {1, 3};
+    qv::list<int> from = {2, 4};
+    int & size = reinterpret_cast<qv::ListImpl &>(into).getReferenceToSize();
+    size = std::numeric_limits<int>::max() - 1;
+    EXPECT_THROW(into.merge(from), std::length_error);
+    size = 2;
+    EXPECT_TRUE(into == (qv::list{1, 3}) && from == (qv::list{2, 4}) && into.validate() && from.validate());
 }
 
 // The untyped operations, as code without the template uses them.

@@ -186,6 +186,19 @@ TEST(Tree, OrderingsWithStateAndOtherKeysThanTheOwn) {
     EXPECT_EQ(m.find(std::string_view("b"))->second, 2);
     EXPECT_TRUE(m.contains("a") && !m.contains("c") && m.lower_bound("aa")->second == 2);
     EXPECT_THROW(m.at("z"), std::out_of_range);
+    // To a key of another type several elements may be equal.
+    struct ByLetter {
+        using is_transparent = void;
+        bool operator()(std::string const & a, std::string const & b) const { return a < b; }
+        bool operator()(std::string const & a, char b) const { return a[0] < b; }
+        bool operator()(char a, std::string const & b) const { return a < b[0]; }
+    };
+    qv::set<std::string, ByLetter> words = {"ant", "bee", "bug", "cat"};
+    EXPECT_EQ(*words.equal_range('b').first, "bee");
+    EXPECT_EQ(*std::as_const(words).equal_range('b').second, "cat");
+    EXPECT_EQ(words.erase('b'), 2);
+    EXPECT_EQ(*words.erase(words.begin()), "cat");
+    qvTest::takesFromMapsInItsOwnElements<qv::map>();
     auto [position, isNew] = m.insert(std::pair("a", 7));
     EXPECT_TRUE(!isNew && position->second == 1);
 

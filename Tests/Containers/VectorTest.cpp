@@ -27,6 +27,7 @@ struct alignas(64) WideElement {
     int value = 0;
     WideElement() = default;
     WideElement(int v) : value(v) {}
+    void operator&() const = delete; // where an element is, only std::addressof tells
     bool operator==(WideElement const &) const = default;
 };
 
@@ -59,7 +60,7 @@ template <typename T>
 std::vector<int> valuesOf(qv::vector<T> const & v) {
     std::vector<int> values;
     for (T const & element : v) {
-        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(&element) % alignof(T), 0U);
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(std::addressof(element)) % alignof(T), 0U);
         values.push_back(valueOf(element));
     }
     return values;
@@ -116,8 +117,13 @@ public:
             break;
         }
         case 7: {
-            std::list<int> const source(std::size_t(random_.below(9)), value);
-            ours_.insert(ours_.begin() + at, source.begin(), source.end());
+            std::list<int> source(std::size_t(random_.below(9)), value);
+            if (n < 100 && random_.oneIn(2)) {
+                source.assign(model_.rbegin(), model_.rend());
+                ours_.insert(ours_.begin() + at, ours_.rbegin(), ours_.rend());
+            } else {
+                ours_.insert(ours_.begin() + at, source.begin(), source.end());
+            }
             model_.insert(model_.begin() + at, source.begin(), source.end());
             break;
         }
@@ -160,8 +166,21 @@ public:
             int const from = random_.below(n + 1);
             int const to = from + random_.below(n - from + 1);
             if (random_.oneIn(4)) {
-                ours_.assign(ours_.begin() + from, ours_.begin() + to);
-                model_ = std::vector<int>(model_.begin() + from, model_.begin() + to);
+                int const capacity = ours_.capacity();
+                switch (random_.below(n ? 3 : 2)) {
+                case 0:
+                    ours_.assign(ours_.begin() + from, ours_.begin() + to);
+                    model_ = std::vector<int>(model_.begin() + from, model_.begin() + to);
+                    break;
+                case 1:
+                    ours_.assign(ours_.rbegin(), ours_.rend());
+                    std::reverse(model_.begin(), model_.end());
+                    break;
+                default:
+                    ours_.assign(to - from, ours_[at / 2]);
+                    model_.assign(std::size_t(to - from), int(model_[std::size_t(at / 2)]));
+                }
+                EXPECT_EQ(ours_.capacity(), capacity);
             } else if (n < 200) {
                 ours_.append(ours_);
                 EXPECT_EQ(ours_.capacity(), 2 * n);
@@ -417,16 +436,28 @@ TEST(VectorImpl, OperationsWithFunctionsAndPointers) {
     v.insert(at(v, 2), at(v, 1), at(v, 4)); // the gap splits its source
     EXPECT_EQ(textOf(v), "9 5 5 18 5 18 5 7 14 9 1 2 3 ");
     int const wide[] = {70, 71};
-    v.insert(
-        at(v, 13), wide, wide + 2,
-        [](void const * last, void const * first) {
-            return int(static_cast<int const *>(last) - static_cast<int const *>(first));
-        },
-        [](void * dst, void const * src, int n) {
-            std::copy_n(static_cast<int const *>(src), n, static_cast<short *>(dst));
-        });
+    auto const distanceOfInts = [](void const * last, void const * first) {
+        return int(static_cast<int const *>(last) - static_cast<int const *>(first));
+    };
+    auto const copyInts = [](void * dst, void const * src, int n) {
+        std::copy_n(static_cast<int const *>(src), n, static_cast<short *>(dst));
+    };
+    v.insert(at(v, 13), wide, wide + 2, distanceOfInts, copyInts);
     EXPECT_EQ(v.erase(at(v, 0), at(v, 11)), v.data());
     EXPECT_EQ(textOf(v), "2 3 70 71 ");
+    // Elements of another kind inside its own: a byte each, with the gap in their middle.
+    auto const distanceOfBytes = [](void const * last, void const * first) {
+        return int(static_cast<char const *>(last) - static_cast<char const *>(first));
+    };
+    auto const copyBytes = [](void * dst, void const * src, int n) {
+        std::copy_n(static_cast<char const *>(src), n, static_cast<short *>(dst));
+    };
+    v.insert(at(v, 1), at(v, 0), at(v, 2), distanceOfBytes, copyBytes);
+    EXPECT_EQ(textOf(v), "2 2 0 3 0 3 70 71 ");
+    v.assign(at(v, 5), at(v, 8), distanceOfBytes, copyBytes);
+    EXPECT_EQ(textOf(v), "3 0 70 0 71 0 ");
+    v.assign(wide, wide + 2, distanceOfInts, copyInts);
+    v.insert(v.data(), at(v, 0), at(v, 2));
     v.assign(at(v, 1), at(v, 3));
     EXPECT_EQ(v.erase(at(v, 0)), v.data());
     v.setSize(3, at(v, 0));
@@ -461,6 +492,11 @@ TEST(Vector, TakesFromVectorsInItsOwnElements) {
         tree.children.append(tree.children[0].children);
         ASSERT_EQ(tree.children.size(), children + 3);
         EXPECT_TRUE(tree.children[0] == before.children[0]);
+        Tree inner = tree;
+        inner.children[0].children = inner.children;
+        EXPECT_TRUE(inner.children[0].children == tree.children);
+        inner.children.assign(inner.children[0].children.begin(), inner.children[0].children.end());
+        EXPECT_TRUE(inner == tree);
         tree.children = tree.children[0].children;
         EXPECT_TRUE(tree.children == before.children[0].children);
     }

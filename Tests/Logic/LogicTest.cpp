@@ -116,6 +116,64 @@ TEST(LogicDatabase, SetsPrintsAndCutsOutRanges) {
     EXPECT_EQ(shown(copy), shown(database));
 }
 
+// A class that the database has no shortcut for, in its own order.
+struct Backwards : IntegerValue {
+    using IntegerValue::IntegerValue;
+    bool lessThan(Value const & other) const override { return static_cast<Backwards const &>(other).get() < get(); }
+};
+
+struct Labelled : IntegerValue {
+    using IntegerValue::IntegerValue;
+};
+
+TEST(LogicDatabase, FindsValuesOfSubclasses) {
+    Interpreter interpreter;
+    Number const x = variable();
+    interpreter.getDB().addFact("p", number(1), number(1));
+    interpreter.getDB().addFact("p", qv::Reference<Value>(new Labelled(1)), number(2));
+    EXPECT_EQ(solve(interpreter, clause("p", number(1), x), {x}), "1, 2");
+    EXPECT_EQ(solve(interpreter, clause("p", qv::Reference<Value>(new Labelled(1)), x), {x}), "1, 2");
+}
+
+// However many facts begin alike, in whatever order they came: they are found, in their own order.
+TEST(LogicDatabase, FindsWhatBeginsAlike) {
+    for (int count : {1, 2, 999, 1000, 1001, 3000}) {
+        Interpreter interpreter;
+        for (int i = 0; i < count; ++i) {
+            Number const shuffled = number((i * 7919) % count);
+            interpreter.getDB().addFact("p", number(7), shuffled, number(i % 3));
+            interpreter.getDB().addFact("p", text("libboost-one"), shuffled, number(i % 3));
+            interpreter.getDB().addFact("p", text("libboost-two"), shuffled, number(i % 3));
+            interpreter.getDB().addFact("q", qv::Reference<Value>(new Backwards(i)), number(i));
+        }
+        Interpreter const copy(interpreter);
+        Interpreter assigned;
+        assigned.getDB().addFact("p", number(7), number(-1), number(0));
+        assigned = interpreter;
+        interpreter = Interpreter();
+        EXPECT_EQ(interpreter.getDB().getFacts().size(), 0);
+        for (qv::Reference<Value> const & first : {qv::Reference<Value>(number(7)), text("libboost-two")}) {
+            Number const x = variable(), y = variable();
+            for (Interpreter const * in : {&copy, static_cast<Interpreter const *>(&assigned)}) {
+                Query all(clause("p", first, x, y));
+                for (int i = 0; i < count; ++i) {
+                    ASSERT_TRUE(all.solve(*in));
+                    ASSERT_EQ(x->get(), i);
+                }
+                EXPECT_FALSE(all.solve(*in));
+            }
+            Number const last = number(count - 1);
+            EXPECT_TRUE(Query(clause("p", first, last, y)).solve(copy));
+            y->setNull();
+            EXPECT_FALSE(Query(clause("p", first, number(count), y)).solve(copy));
+            EXPECT_FALSE(Query(clause("p", text("libboost-tvo"), x, y)).solve(copy));
+        }
+        Number const x = variable();
+        EXPECT_TRUE(Query(clause("q", qv::Reference<Value>(new Backwards(count / 2)), x)).solve(copy));
+        EXPECT_EQ(x->get(), count / 2);
+    }
+}
+
 TEST(LogicValue, TypesKeepApart) {
     IntegerValue three(3);
     StringValue name("x");

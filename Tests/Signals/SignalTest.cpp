@@ -1,6 +1,6 @@
 #include "Base/Signals/qvRTBAsyncSignal.h"
 #include "Base/Signals/qvRTBSignal.h"
-#include "Signals/CountingNew.h"
+#include "Support/CountingNew.h"
 
 #include <gtest/gtest.h>
 

@@ -53,7 +53,7 @@ TEST(Format, TextMustBeTwoCharactersShorter) {
         }
 }
 
-TEST(Format, ExchangesLettersOfPlainSpecificationsOnly) {
+TEST(Format, ExchangesLettersOfPlainItemsOnly) {
     struct Case {
         wchar_t const * format;
         char const * rewritten;
@@ -62,7 +62,7 @@ TEST(Format, ExchangesLettersOfPlainSpecificationsOnly) {
         {L"%-10s:%5.3S %d %%", "%-10S:%5.3s %d %%"},
         {L"%s%S%c%C", "%S%s%C%c"},
         {L"%05s %.s %5.C %-.3c", "%05S %.S %5.c %-.3C"},
-        {L"no specification sScC", "no specification sScC"},
+        {L"no item sScC", "no item sScC"},
         {L"%ls %hs %+5s %*s %#S % c %--s %.-3s %5-s", "%ls %hs %+5s %*s %#S % c %--s %.-3s %5-s"},
         {L"%%s %%%s %", "%%s %%%S %"},
         {L"%-5%s %5%%s %d%s", "%-5%S %5%%s %d%S"},
@@ -77,7 +77,7 @@ TEST(Format, TextArgumentsHaveOneMeaning) {
     qvTest::ScopedLocale const locale(qvTest::utf8Locale);
     char const * const narrow = "n\xC3\xA9\xF0\x9F\x98\x80";
     wchar_t const * const wide = L"w\x20AC\xD83D\xDE00";
-    // Plain specifications, whatever the width of the format.
+    // Plain items, whatever the width of the format.
     EXPECT_EQ(formatted("%s|%S", narrow, wide), "n\xC3\xA9\xF0\x9F\x98\x80|w\xE2\x82\xAC\xF0\x9F\x98\x80");
     EXPECT_EQ(formatted(L"%s|%S", narrow, wide), "n\xC3\xA9\xF0\x9F\x98\x80|w\xE2\x82\xAC\xF0\x9F\x98\x80");
     EXPECT_EQ(formatted("%hs|%ls|%hS|%lS", narrow, wide, narrow, wide),
@@ -137,13 +137,13 @@ TEST(Format, RefusesAndSurvivesBadFormats) {
     EXPECT_EQ(formatted(L"0x%p", reinterpret_cast<void *>(0xAB0)), "0xab0");
 }
 
-// One random specification without its letter, and the arguments for its stars.
-struct RandomSpecification {
+// One random item without its letter, and the arguments for its stars.
+struct RandomItem {
     std::string flags;
     int stars[2] = {0, 0};
     int starCount = 0;
 
-    RandomSpecification(qvTest::Random & random, char const * possibleFlags) {
+    RandomItem(qvTest::Random & random, char const * possibleFlags) {
         for (char const * flag = possibleFlags; *flag != '\0'; ++flag)
             if (random.oneIn(4))
                 flags += *flag;
@@ -166,7 +166,7 @@ struct RandomSpecification {
 
 // Formats a value by the runtime, by the narrow formatter of ours, and by the wide one.
 template <class Value>
-void compare(RandomSpecification const & spec, char const * ours, char const * runtimes, Value value) {
+void compare(RandomItem const & spec, char const * ours, char const * runtimes, Value value) {
     std::string const expectedFormat = "<%" + spec.flags + runtimes + ">";
     std::string const format = "%S<%" + spec.flags + ours + ">";
     char expected[1000];
@@ -183,7 +183,7 @@ void compare(RandomSpecification const & spec, char const * ours, char const * r
         check(spec.stars[0], spec.stars[1]);
 }
 
-void compareIntegers(qvTest::Random & random, RandomSpecification const & spec) {
+void compareIntegers(qvTest::Random & random, RandomItem const & spec) {
     struct Size {
         char const * ours;
         char const * runtimes;
@@ -205,7 +205,7 @@ void compareIntegers(qvTest::Random & random, RandomSpecification const & spec) 
         compare(spec, ours.c_str(), runtimes.c_str(), static_cast<unsigned>(value));
 }
 
-void compareFloats(qvTest::Random & random, RandomSpecification const & spec) {
+void compareFloats(qvTest::Random & random, RandomItem const & spec) {
     double const edges[] = {0.0,       -0.0,         1.0,  0.5,       1.5,      2.5,        1e100,
                             -1e-300,   123456.789,   0.1,  9.9999995, 1e-5,     5e-324,     INFINITY,
                             -INFINITY, std::nan(""), 1e15, 1e16,      999999.5, 0.000123456};
@@ -221,8 +221,8 @@ void compareFloats(qvTest::Random & random, RandomSpecification const & spec) {
 TEST(Format, NumbersAreWrittenAsTheRuntimeWritesThem) {
     qvTest::Random random;
     for (int round = 0; round < 20000 && !testing::Test::HasFailure(); ++round) {
-        compareIntegers(random, RandomSpecification(random, "-+ #0"));
-        compareFloats(random, RandomSpecification(random, "-+ #0"));
+        compareIntegers(random, RandomItem(random, "-+ #0"));
+        compareFloats(random, RandomItem(random, "-+ #0"));
     }
     char expected[1000];
     std::string const parts = "%.200f|%'d|%0*.3f";
@@ -235,7 +235,7 @@ TEST(Format, TextsHaveTheRuntimesWidthsAndPrecisions) {
     qvTest::Random random;
     static constexpr char const * texts[] = {"", "a", "text", "a text that is longer"};
     for (int round = 0; round < 5000; ++round) {
-        RandomSpecification const spec(random, "-");
+        RandomItem const spec(random, "-");
         char const * const text = random.oneOf(texts);
         compare(spec, "hs", "s", text);
         compare(spec, "hc", "c", 'x');

@@ -1,6 +1,7 @@
 // The program qvpacket, run on files of the library's own writers and on damaged ones.
 
 #include "DataFiles/PacketFileSupport.h"
+#include "Support/RunProgram.h"
 #include "Support/SeededRandom.h"
 
 #include <gtest/gtest.h>
@@ -9,29 +10,14 @@
 #include <cstdlib>
 #include <limits>
 #include <sstream>
-#include <sys/wait.h>
 
 using namespace qvTest;
 
 namespace {
 
-struct Outcome {
-    int status; // of the exit, -1 when it was none
-    std::string out;
-    std::string err;
-};
-
 class QvPacket : public testing::Test {
 protected:
-    // In the scratch directory, through the shell. Output without end stops at some 100 MB.
-    Outcome run(std::string const & arguments) const {
-        std::string const out = scratch_.path(".out");
-        std::string const err = scratch_.path(".err");
-        std::string const line =
-            "ulimit -f 200000 && cd " + scratch_.path("") + " && '" QVPACKET_PROGRAM "' 2> .err > .out " + arguments;
-        int const status = std::system(line.c_str());
-        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, bytesOf(out), bytesOf(err)};
-    }
+    Outcome run(std::string const & arguments) const { return runProgram(scratch_, QVPACKET_PROGRAM, arguments); }
 
     void put(std::string const & name, std::string const & bytes) const { writeBytes(scratch_.path(name), bytes); }
 

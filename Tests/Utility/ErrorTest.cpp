@@ -2,6 +2,7 @@
 
 #include "Base/Utility/Internal/SystemErrorText.h"
 
+#include "Support/CountingNew.h"
 #include "Support/ErrorMatchers.h"
 #include "Support/ScopedLocale.h"
 #include "Support/StringPrinters.h"
@@ -9,7 +10,12 @@
 #include <cerrno>
 #include <cstdarg>
 #include <cstring>
+#include <functional>
+#include <memory>
+#include <new>
 #include <type_traits>
+#include <utility>
+#include <vector>
 
 namespace qvUtil {
 namespace {
@@ -132,6 +138,45 @@ TEST(Error, SubclassesSetTheTextAndTravelAsErrors) {
     EXPECT_EQ(destroyed, 1);
     EXPECT_THAT([] { throw Error(6, "thrown"); }, qvTest::ThrowsError(6, "thrown"));
     static_assert(sizeof(Error) <= 3 * sizeof(void *) && std::is_nothrow_move_constructible_v<Error>);
+}
+
+// What does not get its memory throws, and the Error and the strings are what they were.
+TEST(Error, WithoutMemoryStaysAsItWas) {
+    Error const before(3, "the old text, too long to stand inside a string");
+    Error const other(4, "another text, as long as the one that was there");
+    IString const wideText(L"a text that is too long for the string itself");
+    qvString::CString const narrowText("a text that is too long for the string itself");
+    std::vector<std::pair<char const *, std::function<void(Error &, IString &, qvString::CString &)>>> const operations{
+        {"copy", [&](Error & error, IString &, qvString::CString &) { error = Error(other); }},
+        {"assign", [&](Error & error, IString &, qvString::CString &) { error = other; }},
+        {"format", [&](Error & error, IString &, qvString::CString &) { error = Error(1, "%s %S", "a", L"b"); }},
+        {"wide append", [&](Error &, IString & text, qvString::CString &) { text.append(wideText); }},
+        {"wide insert", [&](Error &, IString & text, qvString::CString &) { text.insert(1, wideText); }},
+        {"wide assign", [&](Error &, IString & text, qvString::CString &) { text = wideText; }},
+        {"wide format", [&](Error &, IString & text, qvString::CString &) { text.format(L"%300d", 1); }},
+        {"convert", [&](Error &, IString & text, qvString::CString &) { text.assign(narrowText); }},
+        {"append", [&](Error &, IString &, qvString::CString & text) { text.append(narrowText); }},
+        {"narrow format", [&](Error &, IString &, qvString::CString & text) { text.format("%300d", 1); }},
+    };
+    for (auto const & [name, operation] : operations) {
+        int failures = 0;
+        for (bool isDone = false; !isDone; ++failures) {
+            Error error(before);
+            IString wide(L"wide");
+            qvString::CString narrow("narrow");
+            try {
+                failingAllocation = failures + 1;
+                operation(error, wide, narrow);
+                isDone = true;
+                failingAllocation = 0;
+            } catch (std::bad_alloc const &) {
+                ASSERT_EQ(error, before) << name << failures;
+                ASSERT_EQ(wide, L"wide") << name << failures;
+                ASSERT_EQ(narrow, "narrow") << name << failures;
+            }
+        }
+        EXPECT_GT(failures, 1) << name;
+    }
 }
 
 TEST(SystemErrorText, IsTheSystemsOwn) {

@@ -1,54 +1,37 @@
 #include "Base/Containers/qvBlockAllocator.h"
 
-#include <algorithm>
-#include <bit>
-#include <cstdint>
 #include <limits>
-#include <utility>
 
 #include "Base/Containers/Internal/Storage.h"
 
 namespace qv {
 
-BlockAllocator::BlockAllocator(unsigned elementSize, int elementsInBlock, unsigned alignment)
-    : elementSize_(std::max(elementSize, unsigned(sizeof(void *)))), elementsInBlock_(std::max(elementsInBlock, 1)) {
-    if (alignment > detail::mallocAlignment)
-        alignmentShift_ = static_cast<unsigned char>(std::countr_zero(alignment));
-    blockBytes_ = bytesOfBlock(elementsInBlock_);
+unsigned BlockAllocator::sHeaderSize(unsigned alignment) {
+    return std::max(unsigned(sizeof(Block)), alignment > detail::mallocAlignment ? alignment : 0);
 }
 
-std::size_t BlockAllocator::headerSize() const {
-    return std::max(sizeof(Block), alignmentShift_ ? std::size_t(1) << alignmentShift_ : 1);
-}
-
-unsigned BlockAllocator::bytesOfBlock(int n) const {
-    std::uint64_t const bytes = std::uint64_t(elementSize_) * unsigned(n) + headerSize();
+unsigned BlockAllocator::sBlockBytes(unsigned elementSize, int n, unsigned headerSize) {
+    std::uint64_t const bytes = std::uint64_t(elementSize) * unsigned(n) + headerSize;
     if (bytes > std::numeric_limits<unsigned>::max())
         throw std::length_error("qv::BlockAllocator: block too large");
     return unsigned(bytes);
 }
 
-unsigned char * BlockAllocator::elementsOf(Block * block) const {
-    return reinterpret_cast<unsigned char *>(block) + headerSize();
-}
-
-void * BlockAllocator::allocFromBlock() {
-    if (!blocks_ || blocks_->count == elementsInBlock_)
-        addBlock();
-    void * const p = elementsOf(blocks_) + std::size_t(elementSize_) * unsigned(blocks_->count);
-    ++blocks_->count;
-    ++allocated_;
-    return p;
-}
-
-void BlockAllocator::addBlock() {
-    // The counters are 32-bit, and their sum never falls.
-    detail::addCounts(detail::addCounts(allocated_, freed_), elementsInBlock_);
-    std::size_t const alignment = std::size_t(1) << alignmentShift_;
-    auto * const block = static_cast<Block *>(detail::allocateStorage(blockBytes_, alignment));
+// elements is how many there are with those of the new block; the counters are 32-bit.
+BlockAllocator::Block * BlockAllocator::sNewBlock(Block * next, unsigned bytes, unsigned headerSize,
+                                                  std::int64_t elements) {
+    if (elements > std::numeric_limits<int>::max())
+        throw std::length_error("qv: container too long");
+    std::size_t const alignment = headerSize > sizeof(Block) ? headerSize : detail::mallocAlignment;
+    auto * const block = static_cast<Block *>(detail::allocateStorage(bytes, alignment));
     block->count = 0;
-    block->next = blocks_;
-    blocks_ = block;
+    block->next = next;
+    return block;
+}
+
+void BlockAllocator::sFreeBlocks(Block * first) noexcept {
+    while (first)
+        std::free(std::exchange(first, first->next));
 }
 
 void BlockAllocator::freeAll() noexcept {
@@ -65,20 +48,11 @@ void BlockAllocator::freeAll() noexcept {
     }
 }
 
-void BlockAllocator::freeEverything() noexcept {
-    for (Block * block = blocks_; block;)
-        std::free(std::exchange(block, block->next));
-    blocks_ = nullptr;
-    freeList_ = nullptr;
-    allocated_ = 0;
-    freed_ = 0;
-}
-
 void BlockAllocator::setNumElementsInBlock(int n) {
     if (allocated_ || freed_)
         return;
     n = std::max(n, 1);
-    blockBytes_ = bytesOfBlock(n);
+    blockBytes_ = sBlockBytes(elementSize_, n, headerSize_);
     elementsInBlock_ = n;
 }
 
@@ -91,7 +65,7 @@ void BlockAllocator::swap(BlockAllocator & other) noexcept {
     std::swap(allocated_, other.allocated_);
     std::swap(freed_, other.freed_);
     std::swap(lazy_, other.lazy_);
-    std::swap(alignmentShift_, other.alignmentShift_);
+    std::swap(headerSize_, other.headerSize_);
 }
 
 bool BlockAllocator::validate() const {

@@ -3,8 +3,11 @@
 #ifndef qvBlockAllocator_h
 #define qvBlockAllocator_h
 
+#include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
+#include <utility>
 
 #include "Base/qvBaseConfig.h"
 
@@ -25,19 +28,26 @@ public:
     // elementSize in bytes; what is smaller than a pointer is raised to that. elementsInBlock below 1 counts as 1.
     // alignment is that of the elements when it goes beyond what malloc gives, a power of two; 0 asks for nothing.
     // Allocates nothing. Throws std::length_error when a block would not fit in 32 bits.
-    BlockAllocator(unsigned elementSize, int elementsInBlock, unsigned alignment = 0);
+    BlockAllocator(unsigned elementSize, int elementsInBlock, unsigned alignment = 0)
+        : elementSize_(std::max(elementSize, unsigned(sizeof(void *)))), elementsInBlock_(std::max(elementsInBlock, 1)),
+          headerSize_(sHeaderSize(alignment)), blockBytes_(sBlockBytes(elementSize_, elementsInBlock_, headerSize_)) {}
     BlockAllocator(BlockAllocator const &) = delete;
     BlockAllocator & operator=(BlockAllocator const &) = delete;
-    ~BlockAllocator() { freeEverything(); }
+    ~BlockAllocator() { sFreeBlocks(blocks_); }
 
-    // An uninitialised element. Throws std::bad_alloc.
+    // An uninitialised element. Throws std::bad_alloc; std::length_error for more elements than 32 bits count.
     void * alloc() {
-        void * const p = freeList_;
-        if (!p)
-            return allocFromBlock();
-        std::memcpy(&freeList_, p, sizeof freeList_);
+        void * p = freeList_;
+        if (p) {
+            std::memcpy(&freeList_, p, sizeof freeList_);
+            --freed_;
+        } else {
+            if (!blocks_ || blocks_->count == elementsInBlock_)
+                blocks_ = sNewBlock(blocks_, blockBytes_, headerSize_, std::int64_t(allocated_) + elementsInBlock_);
+            p = elementsOf(blocks_) + std::size_t(elementSize_) * unsigned(blocks_->count);
+            ++blocks_->count;
+        }
         ++allocated_;
-        --freed_;
         return p;
     }
 
@@ -56,7 +66,12 @@ public:
     void freeAll() noexcept;
 
     // Returns all blocks to the heap, whether their elements were freed or not.
-    void freeEverything() noexcept;
+    void freeEverything() noexcept {
+        sFreeBlocks(std::exchange(blocks_, nullptr));
+        freeList_ = nullptr;
+        allocated_ = 0;
+        freed_ = 0;
+    }
 
     // Ignored unless no element was ever taken since the construction or the last freeEverything. Throws
     // std::length_error as the constructor does.
@@ -80,21 +95,24 @@ private:
         Block * next;
     };
 
-    void * allocFromBlock();
-    void addBlock();
-    std::size_t headerSize() const;
-    unsigned bytesOfBlock(int n) const;
-    unsigned char * elementsOf(Block * block) const;
+    // These are given values and not the allocator: an allocator that is used in one function alone, and of which no
+    // call gets the address, is kept in registers, where taking and giving back an element cost next to nothing.
+    static unsigned sHeaderSize(unsigned alignment);
+    static unsigned sBlockBytes(unsigned elementSize, int n, unsigned headerSize);
+    static Block * sNewBlock(Block * next, unsigned bytes, unsigned headerSize, std::int64_t elements);
+    static void sFreeBlocks(Block * first) noexcept;
+
+    unsigned char * elementsOf(Block * block) const { return reinterpret_cast<unsigned char *>(block) + headerSize_; }
 
     Block * blocks_ = nullptr; // newest first; only that one is ever filled
     void * freeList_ = nullptr;
     unsigned elementSize_;
     int elementsInBlock_;
-    unsigned blockBytes_ = 0;
+    unsigned headerSize_; // in bytes; that of a Block, or the elements' alignment where that is larger
+    unsigned blockBytes_;
     int allocated_ = 0;
     int freed_ = 0;
     unsigned char lazy_ = 0;
-    unsigned char alignmentShift_ = 0; // of elements aligned beyond what malloc gives, else 0
 };
 
 } // namespace qv

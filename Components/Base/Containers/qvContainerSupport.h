@@ -117,6 +117,7 @@ struct ElementFunctions {
     static void copyConstructRange(void * dst, void const * src, int n) {
         std::uninitialized_copy_n(static_cast<T const *>(src), n, static_cast<T *>(dst));
     }
+    static void moveConstruct(void * dst, void * src) { ::new (dst) T(std::move(*static_cast<T *>(src))); }
     static void valueConstruct(void * dst) { ::new (dst) T(); }
     static void valueConstructRange(void * dst, int n) {
         std::uninitialized_value_construct_n(static_cast<T *>(dst), n);

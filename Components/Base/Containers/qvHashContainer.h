@@ -133,7 +133,8 @@ public:
     }
 
     // Insertion. Where keys are unique, an element with the key stays as it is; otherwise the new one stands behind the
-    // first of them. A hint is taken for the sake of the standard inserters.
+    // first of them. There is room for one element more behind it in any case. A hint is taken for the sake of the
+    // standard inserters.
 
     insert_result insert(Element const & element) { return emplaceElement(element); }
     insert_result insert(Element && element) { return emplaceElement(std::move(element)); }
@@ -229,10 +230,12 @@ protected:
 
     HashContainer & operator=(HashContainer const & other) {
         if (this != &other) {
-            clear();
-            hash_ = other.hash_;
-            equal_ = other.equal_;
+            // The other may be gone with the old elements, and the old functions are for these.
+            H hash = other.hash_;
+            E equal = other.equal_;
             copyFrom(other);
+            hash_ = std::move(hash);
+            equal_ = std::move(equal);
         }
         return *this;
     }
@@ -311,29 +314,26 @@ private:
         if constexpr (argumentsTellKey<K, isSet, Args...>()) {
             K const & key = toldKey<isSet>(args...);
             unsigned const hash = hashOf(key);
+            growForOne(); // before the search: it turns the order of equal keys round
             Node * const equal = nodeOf(hash, key);
             if (isUnique && equal)
                 return result(equal, false);
-            growForOne();
             return result(link(build(std::forward<Args>(args)...), hash, equal), true);
         } else {
+            growForOne();
             Node * const node = build(std::forward<Args>(args)...);
             OnFailure drop([&] { destroyNode(node); });
             unsigned const hash = hashOf(keyOf(node));
             Node * const equal = nodeOf(hash, keyOf(node));
             if (isUnique && equal)
                 return result(equal, false);
-            growForOne();
             drop.release();
             return result(link(node, hash, equal), true);
         }
     }
 
     Node * link(Node * node, unsigned hash, Node * equal) noexcept {
-        if (!isUnique && equal)
-            linkBehind(node, equal);
-        else
-            linkAtHead(node, hash);
+        linkIn(*this, node, hash, isUnique ? nullptr : equal);
         return node;
     }
 
@@ -375,15 +375,20 @@ private:
         return node;
     }
 
-    // Into an empty container. Of the other's elements those with equal keys follow each other.
+    // Of the other's elements those with equal keys follow each other: front is the first copy of such a run.
     void copyFrom(HashContainer const & other) {
-        max_load_factor(other.max_load_factor());
-        rehash(other.count_);
-        for (Node const * node = other.firstNode(); node; node = node->nextItem(&other)) {
-            Element const & element = *hashElement<Element>(node);
-            Node * const equal = isUnique ? nullptr : nodeOf(node->hash, keyOf(node));
-            link(build(element), node->hash, equal);
-        }
+        replaceNodes(other, [&](HashTableImpl & table) {
+            Node * front = nullptr;
+            Node const * last = nullptr;
+            for (Node const * node = other.firstNode(); node; last = node, node = node->nextItem(&other)) {
+                if (isUnique || (last && !other.matches(last, node->hash, keyOf(node))))
+                    front = nullptr;
+                Node * const copied = build(*hashElement<Element>(node));
+                linkIn(table, copied, node->hash, front);
+                if (!front)
+                    front = copied;
+            }
+        });
     }
 
     void destroyNode(Node * node) noexcept {
@@ -453,16 +458,16 @@ bool operator==(HashContainer<K, Element, H, E, keys> const & a, HashContainer<K
     return true;
 }
 
+} // namespace detail
+
 // Erases the elements for which the predicate holds; gives their number.
-template <typename K, typename Element, typename H, typename E, Keys keys, typename Predicate>
-int erase_if(HashContainer<K, Element, H, E, keys> & container, Predicate predicate) {
+template <typename K, typename Element, typename H, typename E, detail::Keys keys, typename Predicate>
+int erase_if(detail::HashContainer<K, Element, H, E, keys> & container, Predicate predicate) {
     int const before = container.size();
     for (auto it = container.begin(); it != container.end();)
         it = predicate(std::as_const(*it)) ? container.erase(it) : std::next(it);
     return before - container.size();
 }
-
-} // namespace detail
 
 } // namespace qv
 

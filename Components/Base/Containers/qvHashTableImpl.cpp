@@ -33,7 +33,7 @@ HashTableImpl::HashTableImpl(TypeUtil const * typeUtil)
 
 HashTableImpl::~HashTableImpl() {
     // The allocator takes back all memory at once; the walk is for what needs to be destroyed.
-    if (typeUtil_->destructKey || typeUtil_->destructValue)
+    if (hasDestructors())
         clear();
 }
 
@@ -107,10 +107,7 @@ HashTableImpl::HashNodeImpl * HashTableImpl::insert_non_unique_noresize(unsigned
                                                                         void const * value) {
     HashNodeImpl * const front = findEqual(hash, key);
     HashNodeImpl * const node = newNode(key, value, NoValue::leaveRaw);
-    if (front)
-        linkBehind(node, front);
-    else
-        linkAtHead(node, hash);
+    linkIn(*this, node, hash, front);
     return node;
 }
 
@@ -165,37 +162,61 @@ int HashTableImpl::eraseKey(unsigned hash, void const * key) {
 }
 
 void HashTableImpl::clear() noexcept {
-    if (typeUtil_->destructKey || typeUtil_->destructValue) {
-        for (int i = 0; i < buckets_.size(); ++i) {
-            for (HashNodeImpl * node = bucketArray()[i]; node;)
-                freeNode(std::exchange(node, node->next));
-        }
-    } else {
+    if (hasDestructors())
+        freeNodes(*this);
+    else
         allocator_.freeAll();
-    }
     clearBuckets(buckets_.data(), buckets_.size());
     count_ = 0;
 }
 
+// Gives the nodes of a table, which keeps pointing at them, back to this one's allocator.
+void HashTableImpl::freeNodes(HashTableImpl & table) noexcept {
+    for (int i = 0; table.count_ > 0 && i < table.buckets_.size(); ++i) {
+        for (HashNodeImpl * node = table.bucketArray()[i]; node;)
+            freeNode(std::exchange(node, node->next));
+    }
+}
+
 // The whole table
+
+// For the elements of the other table, with no less buckets than the former one's.
+void HashTableImpl::makeRoomAs(HashTableImpl const & former, HashTableImpl const & other) {
+    maxLoadFactor_ = other.maxLoadFactor_;
+    if (former.bucket_count() > 0)
+        setBucketCount(former.bucket_count());
+    rehash(other.count_);
+}
+
+void HashTableImpl::takeBackNodes(HashTableImpl & table) noexcept {
+    freeNodes(table);
+    table.buckets_.clear();
+    table.count_ = 0;
+}
 
 void HashTableImpl::copy(HashTableImpl const * other) {
     if (this == other)
         return;
-    clear();
-    maxLoadFactor_ = other->maxLoadFactor_;
-    deriveLimits();
-    rehash(other->count_);
-    for (HashNodeImpl const * node = other->firstNode(); node; node = node->nextItem(other))
-        insert_non_unique_noresize(node->hash, keyPtrOfNode(node),
-                                   typeUtil_->hasValue ? valuePtrOfNode(node) : nullptr);
+    replaceNodes(*other, [&](HashTableImpl & table) {
+        for (HashNodeImpl const * node = other->firstNode(); node; node = node->nextItem(other)) {
+            void const * const key = other->keyPtrOfNode(node);
+            HashNodeImpl * const front = table.findEqual(node->hash, key);
+            HashNodeImpl * const copied =
+                newNode(key, typeUtil_->hasValue ? other->valuePtrOfNode(node) : nullptr, NoValue::leaveRaw);
+            linkIn(table, copied, node->hash, front);
+        }
+    });
 }
 
 void HashTableImpl::swap(HashTableImpl & other) noexcept {
+    swapNodes(other);
+    allocator_.swap(other.allocator_);
+}
+
+void HashTableImpl::swapNodes(HashTableImpl & other) noexcept {
     buckets_.swap(other.buckets_);
     std::swap(count_, other.count_);
     std::swap(maxLoadFactor_, other.maxLoadFactor_);
-    allocator_.swap(other.allocator_);
     std::swap(reciprocal_, other.reciprocal_);
     std::swap(growAt_, other.growAt_);
 }
@@ -239,20 +260,25 @@ void HashTableImpl::rehash(int n) {
     if (needed <= buckets_.size())
         return;
     int const size = *std::lower_bound(std::begin(primes), std::end(primes) - 1, needed);
-    if (size <= buckets_.size())
-        return;
-    VectorImpl larger(size, &clearBuckets, &bucketType);
-    auto ** const heads = static_cast<HashNodeImpl **>(larger.data());
+    if (size > buckets_.size())
+        setBucketCount(size);
+}
+
+void HashTableImpl::growByOne() { rehash(detail::addCounts(count_, 1)); }
+
+void HashTableImpl::setBucketCount(int n) {
+    VectorImpl buckets(n, &clearBuckets, &bucketType);
+    auto ** const heads = static_cast<HashNodeImpl **>(buckets.data());
     for (int i = 0; i < buckets_.size(); ++i) {
         for (HashNodeImpl * node = bucketArray()[i]; node;) {
             HashNodeImpl * const next = node->next;
-            HashNodeImpl *& head = heads[node->hash % unsigned(size)];
+            HashNodeImpl *& head = heads[node->hash % unsigned(n)];
             node->next = head;
             head = node;
             node = next;
         }
     }
-    buckets_.swap(larger);
+    buckets_.swap(buckets);
     deriveLimits();
 }
 

@@ -23,7 +23,7 @@ namespace qv {
  * with the table.
  *
  * Allocation failure raises std::bad_alloc, a count past the 32-bit range std::length_error; then, and when a function
- * of the table throws, the elements are as they were, except in copy, which leaves a valid table.
+ * of the table throws, the elements are as they were, except in copy, which may leave the table empty.
  */
 class QV_EXPORT HashTableImpl {
 public:
@@ -46,6 +46,8 @@ public:
         int dataOffset;  // of key and value together, in the node, in bytes
         int keyOffset;   // in the node, in bytes
         int valueOffset; // in the node, in bytes
+        // Null for a comparison that cannot be had without the typed container: then the operations here that take a
+        // key are not for use.
         bool (*equal)(void const * nodeKey, void const * key);
         void (*copyKey)(void * dst, void const * src);   // null when keys cannot be copied
         void (*copyValue)(void * dst, void const * src); // null when there are no values, or they cannot be copied
@@ -78,10 +80,12 @@ public:
     void eraseNode(HashNodeImpl * node) noexcept;
     // Gives how many there were. The key may lie in the table.
     int eraseKey(unsigned hash, void const * key);
-    // Erases all nodes. The buckets stay.
+    // Erases all nodes; raw ones that were allocated, but are not in the table, may be freed with them. The buckets
+    // stay.
     void clear() noexcept;
 
-    // Replaces all elements by copies of the other's, and takes over its maximum load factor.
+    // Replaces all elements by copies of the other's, which may lie in one of the elements, and takes over its maximum
+    // load factor.
     void copy(HashTableImpl const * other);
     void swap(HashTableImpl & other) noexcept;
 
@@ -122,8 +126,8 @@ protected:
 
     // Room for one element more.
     void growForOne() {
-        if (count_ >= growAt_)
-            rehash(count_ + 1);
+        if (count_ >= growAt_) [[unlikely]]
+            growByOne();
     }
     // A constructed node becomes the head of the bucket of its hash, or goes behind another node, and is counted.
     void linkAtHead(HashNodeImpl * node, unsigned hash) noexcept {
@@ -139,8 +143,33 @@ protected:
         front->next = node;
         ++count_;
     }
+    // Behind the front, or without one at the head of the bucket.
+    static void linkIn(HashTableImpl & table, HashNodeImpl * node, unsigned hash, HashNodeImpl * front) noexcept {
+        if (front)
+            table.linkBehind(node, front);
+        else
+            table.linkAtHead(node, hash);
+    }
     // Takes a node out of its bucket, with key and value alive. False when it is not there.
     bool unlinkNode(HashNodeImpl * node) noexcept;
+    // Replaces all nodes, for a copy of the other table: fill(table) links nodes from this table's allocator in the one
+    // that it is given.
+    template <typename Fill>
+    void replaceNodes(HashTableImpl const & other, Fill fill) {
+        // Elements without destructors own nothing, so that the other table cannot lie in one of them: their memory is
+        // used again. Other elements go last, and are whole until then.
+        if (!hasDestructors())
+            clear();
+        HashTableImpl copies(typeUtil_);
+        struct TakeBack { // the copies when one fails, else the old nodes
+            HashTableImpl & target;
+            HashTableImpl & table;
+            ~TakeBack() { target.takeBackNodes(table); }
+        } const takeBack = {*this, copies};
+        copies.makeRoomAs(*this, other);
+        fill(copies);
+        swapNodes(copies);
+    }
     // Frees a node without destroying key and value.
     void freeRawNode(HashNodeImpl * node) noexcept { allocator_.free(node); }
 
@@ -177,7 +206,10 @@ private:
 
     HashNodeImpl const * firstNodeFrom(int bucket) const {
         HashNodeImpl * const * const heads = bucketArray();
+        constexpr int ahead = 16;
         for (int const n = buckets_.size(); bucket < n; ++bucket) {
+            if (bucket + ahead < n)
+                __builtin_prefetch(heads[bucket + ahead]); // the walk gets there soon
             if (heads[bucket])
                 return heads[bucket];
         }
@@ -189,7 +221,13 @@ private:
     enum class NoValue { construct, leaveRaw };
     HashNodeImpl * newNode(void const * key, void const * value, NoValue noValue);
     HashNodeImpl * findEqual(unsigned hash, void const * key) const;
-    void setBuckets(VectorImpl & buckets) noexcept;
+    bool hasDestructors() const { return typeUtil_->destructKey || typeUtil_->destructValue; }
+    void makeRoomAs(HashTableImpl const & former, HashTableImpl const & other);
+    void freeNodes(HashTableImpl & table) noexcept;
+    void takeBackNodes(HashTableImpl & table) noexcept;
+    void swapNodes(HashTableImpl & other) noexcept;
+    void growByOne();
+    void setBucketCount(int n);
     void deriveLimits() noexcept;
 };
 

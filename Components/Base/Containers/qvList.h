@@ -4,6 +4,7 @@
 #define qvList_h
 
 #include <algorithm>
+#include <cstdint>
 #include <functional>
 #include <initializer_list>
 
@@ -129,11 +130,11 @@ public:
         return *this;
     }
 
-    // The nodes that are there stay in use, each with a new element.
+    // The nodes that are there stay in use, each with a new element, unless T can neither be copied nor moved.
     void assign(std::initializer_list<T> values) { assign(values.begin(), values.end()); }
     void assign(int n, T const & value) {
         list copies(n, value);
-        swap(copies);
+        replaceBy(copies);
     }
     template <detail::InputIterator I>
     void assign(I first, I last) {
@@ -142,12 +143,9 @@ public:
             Node const * const lastNode = last.node_;
             copying().assign(firstNode, lastNode);
         } else {
-            iterator it = begin();
-            for (; it != end() && first != last; ++first)
-                replaceElement((it++).node_, *first);
-            erase(it, end());
-            for (; first != last; ++first)
-                emplace_back(*first);
+            // They gather first: the iterators may lead through this list.
+            list copies(first, last);
+            replaceBy(copies);
         }
     }
 
@@ -177,8 +175,10 @@ public:
     static constexpr int max_size() { return std::numeric_limits<int>::max(); }
 
     // The first element that equals the value, or the end.
-    iterator find(T const & value) { return iterator(ListImpl::find(&value, &findElement)); }
-    const_iterator find(T const & value) const { return const_iterator(ListImpl::find(&value, &findElement)); }
+    iterator find(T const & value) { return iterator(ListImpl::find(std::addressof(value), &findElement)); }
+    const_iterator find(T const & value) const {
+        return const_iterator(ListImpl::find(std::addressof(value), &findElement));
+    }
     bool contains(T const & value) const { return find(value) != end(); }
 
     // Insertion. In front of pos, where there is one; the first new element, or pos when there is none.
@@ -265,13 +265,13 @@ public:
     // Erase all elements that equal the value, or for which the predicate holds; give their number.
     int remove(T const & value) {
         int const before = size_;
-        ListImpl::erase(&value, &findElementFrom);
+        ListImpl::erase(std::addressof(value), &findElementFrom);
         return before - size_;
     }
     template <typename Predicate>
     int remove_if(Predicate predicate) {
         int const before = size_;
-        ListImpl::erase(&predicate, &findMatchFrom<Predicate>);
+        ListImpl::erase(std::addressof(predicate), &findMatchFrom<Predicate>);
         return before - size_;
     }
 
@@ -315,7 +315,7 @@ public:
     template <typename Less = std::less<>>
     void merge(list & other, Less less = {}) {
         if (this != &other)
-            ListImpl::merge(other, &less, &mergeSorted<Less>);
+            ListImpl::merge(other, std::addressof(less), &mergeSorted<Less>);
     }
     template <typename Less = std::less<>>
     void merge(list && other, Less less = {}) {
@@ -325,7 +325,7 @@ public:
     // Equal elements keep their order.
     template <typename Less = std::less<>>
     void sort(Less less = {}) {
-        ListImpl::sort(&less, &mergeSorted<Less>);
+        ListImpl::sort(std::addressof(less), &mergeSorted<Less>);
     }
 
     using ListImpl::validate;
@@ -345,8 +345,11 @@ private:
 
     static constexpr TypeUtil makeTable(void (*copyOne)(void *, void const *)) {
         constexpr std::size_t offset = detail::listElementOffset<T>;
-        return {detail::countOf(offset + sizeof(T)), int(offset), copyOne, Functions::destruct,
-                int(detail::alignmentBeyondMalloc<T>)};
+        TypeUtil util = {detail::countOf(offset + sizeof(T)), int(offset), copyOne, Functions::destruct,
+                         int(detail::alignmentBeyondMalloc<T>)};
+        if constexpr (std::is_move_constructible_v<T>)
+            util.moveConstruct = &Functions::moveConstruct;
+        return util;
     }
     static TypeUtil const sTable;
     static TypeUtil const sCopyTable;
@@ -356,17 +359,6 @@ private:
     static void checkCount(int n) {
         if (n < 0)
             detail::throwTooLong();
-    }
-
-    template <typename U>
-    void replaceElement(Node * node, U && value) {
-        std::destroy_at(detail::listElement<T>(node));
-        detail::OnFailure dropNode([&] {
-            unlink_inline(node);
-            freeNode(node);
-        });
-        std::construct_at(detail::listElement<T>(node), std::forward<U>(value));
-        dropNode.release();
     }
 
     iterator spliceAll(const_iterator pos, list & other) {
@@ -401,6 +393,7 @@ private:
     template <typename Less>
     static void mergeSorted(ListImpl & into, ListImpl & from, void const * context) {
         auto & less = *static_cast<Less *>(const_cast<void *>(context));
+        int const total = detail::countOf(std::int64_t(into.size()) + from.size());
         Node * a = into.begin();
         Node * b = from.begin();
         int moved = 0;
@@ -424,7 +417,7 @@ private:
         }
         fixSizes.release();
         sTransferNodes(into.end(), b, from.end());
-        into.getReferenceToSize() = detail::countOf(std::int64_t(into.size()) + from.size());
+        into.getReferenceToSize() = total;
         from.getReferenceToSize() = 0;
     }
 };

@@ -8,7 +8,7 @@ namespace qv {
 
 namespace {
 
-// What several elements are copied from. Both forms give the source's element, and copy it into a raw one.
+// What several elements are copied from.
 
 class NodeSource {
 public:
@@ -34,7 +34,6 @@ public:
 
     bool more() const { return p_ != last_; }
     void advance() { p_ += stride_; }
-    void const * element() const { return p_; }
     void copyTo(void * dst) const { copyOne_(dst, p_); }
 
 private:
@@ -119,14 +118,18 @@ ListImpl::Node * ListImpl::insertAndReturnNode(Node * pos) { return insert(pos);
 
 // Several elements
 
+template <typename Source>
+void ListImpl::appendAll(Source source) {
+    for (; source.more(); source.advance())
+        insertOne(end(), [&source](void * element) { source.copyTo(element); });
+}
+
 // The copies gather in a list of their own first: pos may lie inside the source, and a copy that throws leaves nothing
 // behind.
 template <typename Source>
 void ListImpl::insertAll(Node * pos, Source source) {
     ListImpl copies(typeUtil_);
-    for (; source.more(); source.advance())
-        copies.insertOne(copies.end(), [&source](void * element) { source.copyTo(element); });
-    detail::addCounts(size_, copies.size_);
+    copies.appendAll(source);
     splice(pos, copies);
 }
 
@@ -142,22 +145,24 @@ void ListImpl::insert(Node * pos, void const * first, void const * last, int str
 void ListImpl::append(ListImpl const & other) { insert(end(), other.begin(), other.end()); }
 void ListImpl::prepend(ListImpl const & other) { insert(begin(), other.begin(), other.end()); }
 
-// A source within this list is never overwritten before it was read: it runs ahead of the nodes that are filled, or
-// they are the same.
-template <typename Source>
-void ListImpl::assignAll(Source source) {
+void ListImpl::assign(Node const * first, Node const * last) {
+    NodeSource source(first, last, typeUtil_);
+    if (typeUtil_->destruct) {
+        // All copies come first: the source may lie in an element, or in memory that one owns.
+        ListImpl copies(typeUtil_);
+        copies.appendAll(source);
+        replaceBy(copies);
+        return;
+    }
+    // Elements without a destructor own nothing, and a source within this list is never overwritten before it was read:
+    // it runs ahead of the nodes that are filled, or they are the same.
     Node * node = begin();
     for (; node != end() && source.more(); source.advance()) {
-        void * const element = elementPtrOfNode(node);
         Node * const filled = std::exchange(node, node->next);
+        void * const element = elementPtrOfNode(filled);
         if (element == source.element())
             continue;
-        if (typeUtil_->destruct)
-            typeUtil_->destruct(element);
-        detail::Rollback dropNode([&] {
-            unlink(filled);
-            freeNode(filled);
-        });
+        detail::Rollback dropNode([&] { erase_inline(filled); });
         source.copyTo(element);
         dropNode.release();
     }
@@ -165,10 +170,38 @@ void ListImpl::assignAll(Source source) {
     insertAll(end(), source);
 }
 
-void ListImpl::assign(Node const * first, Node const * last) { assignAll(NodeSource(first, last, typeUtil_)); }
-
 void ListImpl::assign(void const * first, void const * last, int stride, void (*copyOne)(void *, void const *)) {
-    assignAll(MemorySource(first, last, stride, copyOne));
+    ListImpl copies(typeUtil_);
+    copies.appendAll(MemorySource(first, last, stride, copyOne));
+    replaceBy(copies);
+}
+
+void ListImpl::replaceBy(ListImpl & other) {
+    if (!typeUtil_->moveConstruct && !typeUtil_->copyConstruct) {
+        swap(other);
+        other.clear();
+        return;
+    }
+    Node * node = begin();
+    while (node != end() && !other.empty()) {
+        Node * const filled = std::exchange(node, node->next);
+        void * const element = elementPtrOfNode(filled);
+        void * const arrival = elementPtrOfNode(other.begin());
+        if (typeUtil_->destruct)
+            typeUtil_->destruct(element);
+        detail::Rollback dropNode([&] {
+            unlink_inline(filled);
+            freeNode(filled);
+        });
+        if (typeUtil_->moveConstruct)
+            typeUtil_->moveConstruct(element, arrival);
+        else
+            typeUtil_->copyConstruct(element, arrival);
+        dropNode.release();
+        other.eraseFront();
+    }
+    erase(node, end());
+    splice(end(), other);
 }
 
 void ListImpl::copy(ListImpl const & other) {

@@ -31,6 +31,9 @@ public:
         void (*copyConstruct)(void * dst, void const * src); // null when elements cannot be copied
         void (*destruct)(void * p);                          // null when there is nothing to do
         int alignment = 0;                                   // of nodes, needed only beyond what malloc gives
+        // For elements that were copied already and are on their way into nodes that stay in use; null when they are
+        // copied once more.
+        void (*moveConstruct)(void * dst, void * src) = nullptr;
     };
 
     explicit ListImpl(TypeUtil const * typeUtil) { initialize_inline(typeUtil); }
@@ -77,7 +80,8 @@ public:
     void append(ListImpl const & other);
     void prepend(ListImpl const & other);
 
-    // Replace all elements by copies. Nodes that are there stay in use, each with a new element.
+    // Replace all elements by copies. Nodes that are there stay in use, each with a new element; only where the table
+    // has no function to copy or move an element into them they are replaced too.
     void assign(Node const * first, Node const * last);
     void assign(void const * first, void const * last, int stride, void (*copyOne)(void *, void const *));
     void copy(ListImpl const & other);
@@ -195,6 +199,10 @@ protected:
         return behind;
     }
 
+    // Replaces all elements by those of another list of the same type, which becomes empty. Nodes stay in use as in
+    // assign.
+    void replaceBy(ListImpl & other);
+
     Node head_; // the sentinel: first node and last node
     int size_;
     TypeUtil const * typeUtil_;
@@ -208,7 +216,7 @@ private:
     template <typename Source>
     void insertAll(Node * pos, Source source);
     template <typename Source>
-    void assignAll(Source source);
+    void appendAll(Source source);
 };
 
 } // namespace qv

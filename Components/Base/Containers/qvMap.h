@@ -11,7 +11,7 @@ namespace qv {
  * An ordered map. It may cross the boundary of a module. Elements are pairs of key and value. Counts are of type int;
  * search, insertion and removal take logarithmic time. Elements stay where they are as long as they live, and iterators
  * stay valid with them. Neither K nor V need be copyable as long as nothing copies them. C is the ordering of the keys,
- * a strict weak order.
+ * a strict weak order, whose copies must not throw.
  *
  * Failures: std::bad_alloc; std::length_error for more than 2^31 - 1 elements. Inserting one element leaves the map as
  * it was when it fails.
@@ -86,6 +86,24 @@ public:
         if (!result.second)
             result.first->second = std::forward<V2>(value);
         return result;
+    }
+    template <typename V2>
+    iterator insert_or_assign(const_iterator hint, K const & key, V2 && value) {
+        return assignAt(hint, key, std::forward<V2>(value));
+    }
+    template <typename V2>
+    iterator insert_or_assign(const_iterator hint, K && key, V2 && value) {
+        return assignAt(hint, std::move(key), std::forward<V2>(value));
+    }
+
+private:
+    template <typename K2, typename V2>
+    iterator assignAt(const_iterator hint, K2 && key, V2 && value) {
+        int const before = this->size();
+        iterator const position = this->tryEmplaceAt(hint, std::forward<K2>(key), std::forward<V2>(value));
+        if (this->size() == before)
+            position->second = std::forward<V2>(value);
+        return position;
     }
 };
 

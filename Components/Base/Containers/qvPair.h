@@ -45,10 +45,13 @@ struct pair {
         : first(static_cast<A>(std::forward<A2>(other.first))), second(static_cast<B>(std::forward<B2>(other.second))) {
     }
     template <typename A2, typename B2>
-    constexpr pair(std::pair<A2, B2> const & other)
+    requires std::is_constructible_v<A, A2 const &> && std::is_constructible_v<B, B2 const &>
+    constexpr explicit(!std::is_convertible_v<A2 const &, A> || !std::is_convertible_v<B2 const &, B>)
+        pair(std::pair<A2, B2> const & other)
         : first(static_cast<A>(other.first)), second(static_cast<B>(other.second)) {}
     template <typename A2, typename B2>
-    constexpr pair(std::pair<A2, B2> && other)
+    requires std::is_constructible_v<A, A2> && std::is_constructible_v<B, B2>
+    constexpr explicit(!std::is_convertible_v<A2, A> || !std::is_convertible_v<B2, B>) pair(std::pair<A2, B2> && other)
         : first(static_cast<A>(std::forward<A2>(other.first))), second(static_cast<B>(std::forward<B2>(other.second))) {
     }
 

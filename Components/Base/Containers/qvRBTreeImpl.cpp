@@ -27,7 +27,7 @@ RBTreeImpl::RBTreeImpl(RBTreeImpl const & other)
 
 RBTreeImpl::~RBTreeImpl() {
     // The allocator takes back all memory at once; the walk is for what needs to be destroyed.
-    if (typeUtil_->destructKey || typeUtil_->destructValue)
+    if (hasDestructors())
         destructAllNodes();
 }
 
@@ -338,7 +338,7 @@ int RBTreeImpl::eraseNodesMatching(void const * key) {
 }
 
 void RBTreeImpl::clear() noexcept {
-    if (typeUtil_->destructKey || typeUtil_->destructValue)
+    if (hasDestructors())
         destructAllNodes();
     else
         allocator_.freeAll();
@@ -350,21 +350,34 @@ void RBTreeImpl::clear() noexcept {
 void RBTreeImpl::copy(RBTreeImpl const & other) {
     if (this == &other)
         return;
-    if (size_ > 0)
+    // Elements without destructors own nothing, so that the other tree cannot lie in one of them: their memory is used
+    // again. Other elements go last, and are whole until then.
+    if (!hasDestructors())
         clear();
+    RBTreeImpl copies(typeUtil_);             // a header for nodes from this tree's allocator
+    detail::Rollback const destructRest([&] { // of the copies when one fails, else of the old nodes
+        if (copies.size_ > 0)
+            typeUtil_->destructSubtree(this, copies.root());
+        copies.initializeTreeState();
+    });
     // In order, every key belongs behind the last one.
     for (Node const * node = other.begin(); node != other.end(); node = node->next()) {
         Node * const copied =
             newNode(other.keyPtrOfNode(node), typeUtil_->copyValue ? other.valuePtrOfNode(node) : nullptr);
-        linkNode(header_.right, size_ == 0, copied);
+        copies.linkNode(copies.header_.right, copies.size_ == 0, copied);
     }
+    swapNodes(copies);
 }
 
 void RBTreeImpl::swap(RBTreeImpl & other) noexcept {
-    std::swap(header_, other.header_);
-    std::swap(size_, other.size_);
+    swapNodes(other);
     std::swap(typeUtil_, other.typeUtil_);
     allocator_.swap(other.allocator_);
+}
+
+void RBTreeImpl::swapNodes(RBTreeImpl & other) noexcept {
+    std::swap(header_, other.header_);
+    std::swap(size_, other.size_);
     for (RBTreeImpl * tree : {this, &other}) {
         if (tree->size_ > 0)
             tree->header_.parent->parent = &tree->header_;

@@ -25,7 +25,7 @@ struct RBTreePlace;
  * until it is erased. Memory of erased nodes is used again by the same tree, and goes back to the heap with the tree.
  *
  * Allocation failure raises std::bad_alloc, a count past the 32-bit range std::length_error; then, and when a function
- * of the table throws, the tree is as it was, except in copy, which leaves a valid one.
+ * of the table throws, the tree is as it was, except in copy, which may leave it empty.
  */
 class QV_EXPORT RBTreeImpl {
 public:
@@ -66,6 +66,8 @@ public:
         int nodeSize;    // in bytes
         int keyOffset;   // in the node, in bytes
         int valueOffset; // in the node, in bytes
+        // Null for an ordering that cannot be had without the typed container: then the operations here that take a key
+        // are not for use.
         bool (*less)(void const * a, void const * b);
         void (*copyKey)(void * dst, void const * src);   // null when keys cannot be copied
         void (*copyValue)(void * dst, void const * src); // null when there are no values, or they cannot be copied
@@ -114,9 +116,10 @@ public:
     void eraseNodesRange(Node * first, Node * last) noexcept;
     // Gives how many there were. The key may lie in the tree.
     int eraseNodesMatching(void const * key);
+    // Raw nodes that were allocated, but are not in the tree, may be freed with the others.
     void clear() noexcept;
 
-    // Replaces all elements by copies of the other's.
+    // Replaces all elements by copies of the other's, which may lie in one of the elements.
     void copy(RBTreeImpl const & other);
     void swap(RBTreeImpl & other) noexcept;
 
@@ -193,7 +196,9 @@ protected:
 private:
     Node * insertAt(detail::RBTreePlace const & place, void const * key, void const * value);
     Node * newNode(void const * key, void const * value);
+    bool hasDestructors() const { return typeUtil_->destructKey || typeUtil_->destructValue; }
     void destructNode(Node * node) noexcept;
+    void swapNodes(RBTreeImpl & other) noexcept;
     void replaceChild(Node * node, Node * child) noexcept;
     void detachNode(Node * node) noexcept;
     void rebalanceAfterErase(Node * node, Node * parent) noexcept;
@@ -203,8 +208,10 @@ inline RBTreeImpl::Node const * RBTreeImpl::Node::next() const {
     Node const * node = this;
     if (node->right) {
         node = node->right;
-        while (node->left)
+        while (node->left) {
+            __builtin_prefetch(node->right); // the walk comes by there behind this node
             node = node->left;
+        }
         return node;
     }
     Node const * above = node->parent;

@@ -10,7 +10,7 @@ namespace qv {
 /*
  * An ordered set. It may cross the boundary of a module. Counts are of type int; search, insertion and removal take
  * logarithmic time. Elements stay where they are as long as they live, and iterators stay valid with them. K need not
- * be copyable as long as nothing copies it. C is the ordering, a strict weak order.
+ * be copyable as long as nothing copies it. C is the ordering, a strict weak order, whose copies must not throw.
  *
  * Failures: std::bad_alloc; std::length_error for more than 2^31 - 1 elements. Inserting one element leaves the set as
  * it was when it fails.

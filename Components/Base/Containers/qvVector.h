@@ -51,7 +51,7 @@ public:
 
     vector() noexcept : VectorImpl(table()) {}
     explicit vector(int n) : VectorImpl(n, &Functions::valueConstructRange, table()) {}
-    vector(int n, T const & value) : VectorImpl(n, &value, copyTable()) {}
+    vector(int n, T const & value) : VectorImpl(n, std::addressof(value), copyTable()) {}
     vector(std::initializer_list<T> values) : vector(values.begin(), values.end()) {}
     template <detail::InputIterator I>
     vector(I first, I last) : vector() {
@@ -76,7 +76,7 @@ public:
 
     void assign(int n, T const & value) {
         vector copies(n, value);
-        swap(copies);
+        replaceBy(copies);
     }
     void assign(std::initializer_list<T> values) { assign(values.begin(), values.end()); }
     template <detail::InputIterator I>
@@ -85,7 +85,7 @@ public:
             copying().assign(std::to_address(first), std::to_address(last));
         } else {
             vector copies(first, last);
-            swap(copies);
+            replaceBy(copies);
         }
     }
 
@@ -147,7 +147,7 @@ public:
     void shrink_to_fit() { setCapacity(size_); }
 
     void setSize(int n) { VectorImpl::setSize(n, &Functions::valueConstructRange); }
-    void setSize(int n, T const & value) { copying().setSize(n, &value); }
+    void setSize(int n, T const & value) { copying().setSize(n, std::addressof(value)); }
     void resize(int n) { setSize(n); }
     void resize(int n, T const & value) { setSize(n, value); }
 
@@ -160,11 +160,19 @@ public:
 
     template <typename... Args>
     T & emplace_back(Args &&... args) {
-        if (size_ == capacity_) [[unlikely]]
-            return growAndEmplaceBack(std::forward<Args>(args)...);
-        T * const p = std::construct_at(end(), std::forward<Args>(args)...);
+        if (size_ < capacity_) [[likely]] {
+            std::construct_at(end(), std::forward<Args>(args)...);
+        } else if constexpr (std::is_trivially_copyable_v<T> && (std::is_same_v<std::remove_cvref_t<Args>, T> && ...)) {
+            // Without a call that gets the address of an argument: what is written to memory for that costs every round
+            // of a loop more than the rest.
+            T const element(std::forward<Args>(args)...);
+            setStorage(sGrown({data_, capacity_}, table()));
+            std::construct_at(end(), element);
+        } else {
+            setStorage(grownWith({data_, capacity_}, size_, std::forward<Args>(args)...));
+        }
         ++size_;
-        return *p;
+        return end()[-1];
     }
 
     // Copies of all elements of another vector, or of this one. The capacity becomes the new size exactly.
@@ -184,7 +192,7 @@ public:
     iterator insert(const_iterator pos, T && value) { return emplace(pos, std::move(value)); }
     iterator insert(const_iterator pos, int n, T const & value) {
         difference_type const index = pos - begin();
-        copying().insert(untyped(pos), n, &value);
+        copying().insert(untyped(pos), n, std::addressof(value));
         return begin() + index;
     }
     iterator insert(const_iterator pos, std::initializer_list<T> values) {
@@ -195,16 +203,19 @@ public:
         difference_type const index = pos - begin();
         if constexpr (detail::PlainMemoryOf<I, T>)
             copying().insert(untyped(pos), std::to_address(first), std::to_address(last));
-        else if constexpr (std::forward_iterator<I>)
-            insertCounted(int(index), first, detail::countOf(std::distance(first, last)));
         else
-            insertStream(int(index), first, last);
+            insertGathered(int(index), first, last);
         return begin() + index;
     }
 
     template <typename... Args>
     iterator emplace(const_iterator pos, Args &&... args) {
         int const index = int(pos - begin());
+        if (size_ == capacity_) {
+            setStorage(grownWith({data_, capacity_}, index, std::forward<Args>(args)...));
+            ++size_;
+            return begin() + index;
+        }
         // Built before the slot opens: the arguments may lie in the vector, and a constructor that throws finds it
         // untouched.
         Carrier carrier(std::forward<Args>(args)...);
@@ -293,30 +304,46 @@ private:
         return std::size_t(i);
     }
 
+    // Whether the arguments are the same behind the construction of an element, since none can be moved from.
     template <typename... Args>
-    [[gnu::noinline]] T & growAndEmplaceBack(Args &&... args) {
-        Carrier carrier(std::forward<Args>(args)...);
-        return *carrier.moveTo(openSlot(size_));
+    static constexpr bool keepsArguments = ((std::is_lvalue_reference_v<Args> ||
+                                             std::is_trivially_copyable_v<Args>)&&...);
+
+    // Larger storage than a full one, with a new element at index. The arguments may lie in the old storage, so that
+    // the element is built before that goes; and they must not get lost when there is no memory.
+    template <typename... Args>
+    [[gnu::noinline]] static Storage grownWith(Storage full, int index, Args &&... args) {
+        if constexpr (keepsArguments<Args...>) {
+            Carrier carrier(std::forward<Args>(args)...);
+            Storage const grown = sGrown(full, table());
+            T * const slot = static_cast<T *>(grown.data) + index;
+            if (index != full.capacity)
+                std::memmove(static_cast<void *>(slot + 1), slot, sizeof(T) * std::size_t(full.capacity - index));
+            carrier.moveTo(slot);
+            return grown;
+        } else {
+            Storage const larger = sAllocatedStep(full, table());
+            detail::OnFailure freeAgain([&larger] { sFree(larger.data); });
+            std::construct_at(static_cast<T *>(larger.data) + index, std::forward<Args>(args)...);
+            freeAgain.release();
+            sMoveInto(larger, index, full, table());
+            return larger;
+        }
+    }
+    void setStorage(Storage storage) {
+        data_ = storage.data;
+        capacity_ = storage.capacity;
     }
 
+    // The elements gather in a vector of their own first: the iterators may lead through this one.
     template <typename I>
-    void insertCounted(int index, I first, int n) {
-        T * const gap = static_cast<T *>(openGap(index, n));
-        detail::OnFailure closeAgain([&] { closeGap(index, n); });
-        std::uninitialized_copy_n(first, n, gap);
-        closeAgain.release();
-    }
-
-    template <typename I>
-    void insertStream(int index, I first, I last) {
+    void insertGathered(int index, I first, I last) {
         vector arrivals;
+        if constexpr (std::forward_iterator<I>)
+            arrivals.reserve(detail::countOf(std::distance(first, last)));
         for (; first != last; ++first)
             arrivals.emplace_back(*first);
-        if (arrivals.empty())
-            return;
-        void * const gap = openGap(index, arrivals.size_);
-        std::memcpy(gap, arrivals.data_, sizeof(T) * std::size_t(arrivals.size_));
-        arrivals.size_ = 0; // they live here now
+        insertMoved(index, arrivals);
     }
 };
 

@@ -4,6 +4,7 @@
 #define qvVectorImpl_h
 
 #include <cstddef>
+#include <utility>
 
 #include "Base/qvBaseConfig.h"
 
@@ -19,8 +20,7 @@ namespace qv {
  *
  * Allocation failure raises std::bad_alloc, a count below 0 or past the 32-bit range std::length_error. When that
  * happens, or when a function of the table throws, the elements are as they were (the capacity may have grown), except
- * in copy and assign, which leave a valid vector. A range function that throws must have destroyed what it had
- * constructed.
+ * in assign, which leaves a valid vector. A range function that throws must have destroyed what it had constructed.
  */
 class QV_EXPORT VectorImpl {
 public:
@@ -43,7 +43,7 @@ public:
     VectorImpl & operator=(VectorImpl const &) = delete;
     ~VectorImpl() {
         if (data_)
-            freeStorage();
+            sFreeStorage(data_, size_, typeUtil_);
     }
 
     int size() const { return size_; }
@@ -53,7 +53,7 @@ public:
     void * data() { return data_; }
     void const * data() const { return data_; }
 
-    // Makes room for exactly n elements when n is above the capacity. Never shrinks.
+    // Makes room for exactly n elements when n is above the capacity. Never shrinks; a count below 0 changes nothing.
     void reserve(int n);
 
     // Destroys the elements. The storage stays.
@@ -106,7 +106,11 @@ public:
     void * erase(void * first, void * last) noexcept;
 
     // Both vectors must have elements of the same type.
-    void swap(VectorImpl & other) noexcept;
+    void swap(VectorImpl & other) noexcept {
+        std::swap(data_, other.data_);
+        std::swap(size_, other.size_);
+        std::swap(capacity_, other.capacity_);
+    }
 
     // For tests: whether the fields agree with one another.
     bool validate() const;
@@ -138,8 +142,29 @@ protected:
     void * openGap(int index, int n);
     void closeGap(int index, int n) noexcept;
 
-    // The one-element forms with the growth steps; appendAndReturnPtr without the call when there is room.
+    // The one-element form, with the growth steps.
     void * openSlot(int index);
+
+    // What follows is given values and gives values, not the vector: one that is used in one function alone, and of
+    // which no call gets the address, is kept in registers.
+    struct Storage {
+        void * data;
+        int capacity;
+    };
+    // The storage of a full vector with one growth step more.
+    static Storage sGrown(Storage full, TypeUtil const * typeUtil);
+    // For an element that must not be touched before there is memory for it: storage of the next growth step's capacity
+    // beside the full one; and the move into it, around the element that was constructed there at index. Storage that
+    // is not used after all goes back with sFree.
+    static Storage sAllocatedStep(Storage full, TypeUtil const * typeUtil);
+    static void sMoveInto(Storage larger, int index, Storage full, TypeUtil const * typeUtil) noexcept;
+    static void sFree(void * storage) noexcept;
+    static void sFreeStorage(void * data, int size, TypeUtil const * typeUtil) noexcept;
+
+    // Move all elements of another vector of the same type in front of the one at index, or in place of all that are
+    // here. That one becomes empty.
+    void insertMoved(int index, VectorImpl & other);
+    void replaceBy(VectorImpl & other) noexcept;
 
     void * data_;
     int size_;
@@ -156,6 +181,7 @@ private:
     void shiftUp(int index) noexcept;
     template <typename Construct>
     void * insertOne(int index, Construct construct);
+    void fill(void const * first, int n, void (*copyRange)(void *, void const *, int));
 };
 
 } // namespace qv

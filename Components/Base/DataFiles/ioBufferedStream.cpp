@@ -1,6 +1,9 @@
 #include "Base/DataFiles/ioBufferedStream.h"
 
 #include "Base/DataFiles/Internal/ioBuffer.h"
+#include "Base/DataFiles/Internal/ioBufferChecksum.h"
+#include "Base/DataFiles/Internal/ioBufferCompress.h"
+#include "Base/DataFiles/Internal/ioBufferEncrypt.h"
 #include "Base/Platform/PlatformFile.h"
 #include "Base/Strings/qvStringIString.h"
 
@@ -41,12 +44,20 @@ void ioBufferedStream::settle() const {
 
 void ioBufferedStream::openOn(ioBuffer * end) {
     status_ = ioStreamGood;
+    adopt(end);
+    if (!goodSoFar()) {
+        abandonChain();
+    }
+}
+
+void ioBufferedStream::adopt(ioBuffer * end) {
     top_ = end;
     promoteBufferStatus();
-    if (!goodSoFar()) {
-        delete top_;
-        top_ = nullptr;
-    }
+}
+
+void ioBufferedStream::abandonChain() {
+    delete top_;
+    top_ = nullptr;
 }
 
 bool ioBufferedStream::requireOpen() {
@@ -60,13 +71,15 @@ void ioBufferedStream::close() {
     if (top_) {
         top_->close();
         promoteBufferStatus();
-        delete top_;
-        top_ = nullptr;
+        abandonChain();
     }
 }
 
+// A filter has no position, and input that it has read ahead could not be had again.
+bool ioBufferedStream::hasPosition() { return requireOpen() && (!input_ || top_->isEnd()); }
+
 bool ioBufferedStream::seek(std::int64_t position) {
-    if (!requireOpen()) {
+    if (!hasPosition()) {
         return false;
     }
     top_->flushChain();
@@ -76,7 +89,7 @@ bool ioBufferedStream::seek(std::int64_t position) {
 }
 
 std::int64_t ioBufferedStream::tell() {
-    if (!requireOpen()) {
+    if (!hasPosition()) {
         return 0;
     }
     top_->flushChain();
@@ -100,5 +113,34 @@ void ioBufferedStream::addBufferToChain(ioBuffer * link) {
 
 void ioBufferedStream::popBufferChain() {
     std::unique_ptr<ioBuffer> const popped(top_);
-    top_ = popped->popNext().release();
+    std::unique_ptr<ioBuffer> below = popped->popNext();
+    if (!input_) {
+        promoteBufferStatus(); // what the filter's end has met
+    }
+    top_ = below.release();
 }
+
+template <class Filter>
+void ioBufferedStream::pushOrPop(bool on) {
+    if (!requireOpen()) {
+        return;
+    }
+    if (on) {
+        addBufferToChain(new Filter(input_ ? ioBufferDirection::input : ioBufferDirection::output));
+    } else if (top_->isEnd()) {
+        setStatus(ioStreamFailed);
+    } else {
+        popBufferChain();
+    }
+}
+
+void ioBufferedStream::compress(bool on) {
+    pushOrPop<ioBufferCompress>(on);
+    if (!on && status_ == ioStreamCompressEnd) {
+        status_ = ioStreamGood;
+    }
+}
+
+void ioBufferedStream::checksum(bool on) { pushOrPop<ioBufferChecksum>(on); }
+
+void ioBufferedStream::encrypt(bool on) { pushOrPop<ioBufferEncrypt>(on); }

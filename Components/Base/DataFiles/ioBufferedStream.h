@@ -41,7 +41,8 @@ public:
     virtual void openFile(qvString::IString const & name) = 0;
     // Closes the chain from its top and deletes it. Nothing on a closed stream.
     virtual void close();
-    // Opens the stream on a socket, which stays the caller's. No build has sockets yet: ioStreamOpenFailed.
+    // Opens the stream on a socket, which stays the caller's. A null one sets ioStreamFailed. No build has sockets yet:
+    // ioStreamOpenFailed for any other.
     virtual void openSocket(qvTCP::Socket * socket) = 0;
 
     ioBufferedStream(ioBufferedStream const &) = delete;
@@ -61,11 +62,27 @@ public:
     bool isOpen() const { return top_ != nullptr; }
 
     // Goes to an absolute position in bytes, or to the end of the file for a position below 0. Output is flushed,
-    // input that was read ahead is dropped. False, with the status left good, when a filter is on top.
+    // input that was read ahead is dropped. False, with the status left good, when a filter is on top; nothing is
+    // dropped then.
     bool seek(std::int64_t position);
     // The position of the underlying file in bytes. On input this drops what was read ahead, so that the next read
-    // continues from the position given.
+    // continues from the position given. 0 when a filter is on top; nothing is dropped then.
     std::int64_t tell();
+
+    // Push a filter on top of the chain, or take the top filter off, whichever it is. Data that is written passes the
+    // filter that was pushed last first, and reading needs the same filters pushed in the same order. Taken off, a
+    // filter ends its own stream, and what is written or read next lies behind that in the file. Off where no filter
+    // is on the chain sets ioStreamFailed.
+    //
+    // compress packs the data. Reading past its end gives ioStreamCompressEnd, which compress(false) turns into good.
+    // Nothing is stored for data that was not written but by compress, which then stores an empty stream. A missing
+    // end and data that compress never makes give ioStreamFailed.
+    void compress(bool on);
+    // checksum finds out when the data was changed: ioStreamChecksumFailed.
+    void checksum(bool on);
+    // encrypt hides the data from a casual look, see ioBlockCipher.h; the last bytes of a block that are fewer than 16
+    // stay as they are. Broken framing gives ioStreamFailed, data that was changed is not noticed.
+    void encrypt(bool on);
 
     // The function is called with the running count of bytes (which wraps at 2 GiB) after each block that passes
     // the top link. Filters that are pushed later go on top of it and do not have it.
@@ -84,6 +101,9 @@ protected:
     bool goodSoFar() const { return status_ == ioStreamGood; }
     // Makes the link the top of an empty chain; when its status is not good it is deleted and the stream is closed.
     void openOn(ioBuffer * end);
+    // The two halves of openOn, behind the reset of the status.
+    void adopt(ioBuffer * end);
+    void abandonChain();
     // False on a closed stream, with the status set for it.
     bool requireOpen();
     bool input() const { return input_; }
@@ -91,6 +111,9 @@ protected:
 
 private:
     void settle() const;
+    bool hasPosition();
+    template <class Filter>
+    void pushOrPop(bool on);
     void addBufferToChain(ioBuffer * link);
     void popBufferChain();
 

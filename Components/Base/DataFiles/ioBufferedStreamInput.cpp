@@ -1,8 +1,12 @@
 #include "Base/DataFiles/ioBufferedStreamInput.h"
 
 #include "Base/DataFiles/Internal/ioBufferFD.h"
+#include "Base/DataFiles/Internal/ioBufferFileSubset.h"
+#include "Base/DataFiles/Internal/ioBufferIOStream.h"
+#include "Base/DataFiles/Internal/ioBufferTCP.h"
 #include "Base/DataFiles/Internal/ioNumberText.h"
 #include "Base/DataFiles/Internal/ioStreamBlock.h"
+#include "Base/DataFiles/ioPackageFileEntry.h"
 
 #include <algorithm>
 #include <cstring>
@@ -18,9 +22,42 @@ void ioBufferedStreamInput::openFile(qvString::IString const & name) {
     openOn(end.release());
 }
 
-void ioBufferedStreamInput::openSocket(qvTCP::Socket *) {
+void ioBufferedStreamInput::openSocket(qvTCP::Socket * socket) {
     close();
-    setStatus(ioStreamOpenFailed);
+    if (socket) {
+        setStatus(ioStreamOpenFailed);
+    } else {
+        openOn(new ioBufferTCP(ioBufferDirection::input, nullptr));
+    }
+}
+
+void ioBufferedStreamInput::openIOStream(qvOS::IOStream * stream) {
+    close();
+    openOn(new ioBufferIOStream(ioBufferDirection::input, stream));
+}
+
+void ioBufferedStreamInput::openFileSlice(qvString::IString const & name, std::int64_t start, std::int64_t size) {
+    close();
+    auto * const end = new ioBufferFileSubset;
+    end->open(name, start, size);
+    adopt(end);
+    if (getStatus() == ioStreamEOF) {
+        end->resume();
+    } else if (!good()) {
+        abandonChain();
+    }
+}
+
+void ioBufferedStreamInput::openPackageFileEntry(ioPackageFileEntry const * entry) {
+    close();
+    setStatus(ioStreamGood);
+    if (!entry) {
+        setStatus(ioStreamFailed);
+    } else if (entry->getPackageName().isEmpty()) {
+        setStatus(ioStreamOpenFailed);
+    } else {
+        openFileSlice(entry->getPackageName(), entry->getOffset(), entry->getSize());
+    }
 }
 
 void ioBufferedStreamInput::openStdin() {
@@ -35,7 +72,9 @@ bool ioBufferedStreamInput::fillTop() {
     if (top()->numAvailable() > 0) {
         return true;
     }
-    top()->fill();
+    do {
+        top()->fill();
+    } while (top()->numAvailable() == 0 && top()->good());
     promoteBufferStatus();
     return good() && top()->numAvailable() > 0;
 }

@@ -5,6 +5,11 @@
 
 #include "Base/DataFiles/ioBufferedStream.h"
 
+namespace qvOS {
+class IOStream;
+}
+class ioPackageFileEntry;
+
 // Reads from a file, from standard input or, through other ends of the chain, from elsewhere:
 //
 //     ioBufferedStreamInput stream;
@@ -22,6 +27,16 @@ public:
     ~ioBufferedStreamInput() override;
     void openFile(qvString::IString const & name) override;
     void openSocket(qvTCP::Socket * socket) override;
+    // On a stream that stays the caller's, and open, and outlives this one's use of it. A null one sets ioStreamFailed.
+    void openIOStream(qvOS::IOStream * stream);
+    // Presents the size bytes from start on as a whole file: positions are those in the slice. The status is not reset
+    // first, and one that is neither good nor ioStreamEOF leaves the stream closed. A slice that runs past the end of
+    // the file, or is empty, sets ioStreamEOF but opens: readData gives what is there at once, the other operations
+    // behind resetStatus. A start or a size below 0 gives ioStreamOpenFailed.
+    void openFileSlice(qvString::IString const & name, std::int64_t start, std::int64_t size);
+    // The bytes of an entry as they are stored: those of a compressed one need compress(true) and then checksum(true).
+    // A null entry gives ioStreamFailed, one of a package that is not open ioStreamOpenFailed.
+    void openPackageFileEntry(ioPackageFileEntry const * entry);
     // close will close standard input.
     void openStdin();
 

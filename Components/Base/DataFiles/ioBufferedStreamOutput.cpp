@@ -2,6 +2,8 @@
 
 #include "Base/DataFiles/Internal/ioBoundedFormat.h"
 #include "Base/DataFiles/Internal/ioBufferFD.h"
+#include "Base/DataFiles/Internal/ioBufferIOStream.h"
+#include "Base/DataFiles/Internal/ioBufferTCP.h"
 
 #include <cstring>
 #include <limits>
@@ -23,9 +25,18 @@ void ioBufferedStreamOutput::close() {
     ioBufferedStream::close();
 }
 
-void ioBufferedStreamOutput::openSocket(qvTCP::Socket *) {
+void ioBufferedStreamOutput::openSocket(qvTCP::Socket * socket) {
     close();
-    setStatus(ioStreamOpenFailed);
+    if (socket) {
+        setStatus(ioStreamOpenFailed);
+    } else {
+        openOn(new ioBufferTCP(ioBufferDirection::output, nullptr));
+    }
+}
+
+void ioBufferedStreamOutput::openIOStream(qvOS::IOStream * stream) {
+    close();
+    openOn(new ioBufferIOStream(ioBufferDirection::output, stream));
 }
 
 void ioBufferedStreamOutput::openStdout() {

@@ -5,6 +5,10 @@
 
 #include "Base/DataFiles/ioBufferedStream.h"
 
+namespace qvOS {
+class IOStream;
+}
+
 // Writes to a file, to standard output or, through other ends of the chain, elsewhere. Data goes out in blocks of
 // 4096 bytes, the rest at flush and close. Once the status is not good, further bytes are dropped; test it behind
 // close to know that everything has arrived:
@@ -22,6 +26,8 @@ public:
     void openFile(qvString::IString const & name) override;
     void close() override;
     void openSocket(qvTCP::Socket * socket) override;
+    // On a stream that stays the caller's, and open, and outlives this one's use of it. A null one sets ioStreamFailed.
+    void openIOStream(qvOS::IOStream * stream);
     // close will close standard output.
     void openStdout();
     // Whether later openFile calls empty the file, which they do at first. False opens it for update in place.

@@ -20,6 +20,7 @@ Database & Database::operator=(Database const & other) {
     facts_.swap(copy.facts_);
     names_.swap(copy.names_);
     groups_.swap(copy.groups_);
+    groupsAreWhole_ = copy.groupsAreWhole_;
     return *this;
 }
 
@@ -42,8 +43,11 @@ void Database::addFact(Fact const & fact) {
 }
 
 void Database::addToGroup(Fact const & fact) {
-    if (fact.firstKey_ == 0)
+    if (fact.firstKey_ == 0) {
+        if (fact.arity() > 0 && FactRange::hasTypeWithKeys(*fact.values()[0]))
+            groupsAreWhole_ = false;
         return;
+    }
     Row const row = fact.values().data();
     Group & group = groups_[Start{fact.name_.get(), fact.arity(), FactRange::startOf(*row[0])}];
     if (!group.hasRows)

@@ -73,6 +73,8 @@ private:
     // A look-up among many facts spends its time on waiting for memory, on the way down the tree and from node to node.
     // From here it is one step to the arguments of all facts that it wants.
     qv::hash_map<Start, Group, HashStart> groups_;
+    // No stored value of a subclass passes for one of the classes that are in the groups.
+    bool groupsAreWhole_ = true;
 };
 
 // Prints a brace-initialised table with a row for each fact and a zero row at its end.

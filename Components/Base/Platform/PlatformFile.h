@@ -21,8 +21,10 @@ enum class FileOutcome {
     notFound,  // the name, or a folder on the way to it
     denied,    // by permission or a read-only file system
     exists,    // where an exclusive creation was asked for
+    notEmpty,  // a directory that is to be removed
     diskFull,  // no room, a quota, or a limit on the size of files
     notUsable, // a directory opened as a file, and the like
+    invalid,   // what makes no sense, such as a directory moved into itself
     failed     // anything else
 };
 

@@ -25,7 +25,9 @@ public:
     // Whether the callback calls this free function; false unless a subclass knows better.
     virtual bool isGlobalFunction(void * function);
 
-    // Whether the callback calls a member function of this object; false unless a subclass knows better.
+    // Whether the callback calls a member function of this object; false unless a subclass knows better. The pointer is
+    // compared with the one that the callback was made from: of an object with several bases that must be a pointer to
+    // the same base.
     virtual bool isInstance(void * instance);
 };
 

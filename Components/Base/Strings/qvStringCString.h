@@ -45,6 +45,7 @@ public:
     CString(CString const & other);
     /// Takes the text over; `other` is empty then.
     CString(CString && other) : CString() { exchange(other); }
+    /// Throws std::length_error for a view longer than INT_MAX.
     CString(std::string_view text) : CString(text.data(), asLength(text.size())) {}
     ~CString() override;
 

@@ -38,7 +38,7 @@ QV_EXPORT bool isNewLine(wchar_t c);
 QV_EXPORT bool isTab(char c);
 QV_EXPORT bool isTab(wchar_t c);
 
-/// A symbol that counts as a letter although the runtime has it as punctuation; no byte is one.
+/// A symbol that counts as a letter here, whatever the runtime says of it; no byte is one.
 QV_EXPORT bool isLetterModifier(char c);
 QV_EXPORT bool isLetterModifier(wchar_t c);
 

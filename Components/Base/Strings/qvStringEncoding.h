@@ -24,8 +24,9 @@ QV_EXPORT wchar_t getDefaultWChar();
 // that something was lost or replaced, and the text that was given is usable all the same. Nothing throws.
 
 /// The units of the wide form of a terminated multibyte text without its terminator, or (unsigned)-1 when the text has
-/// an invalid sequence. With a destination, at most `len` units are stored, followed by the terminator if there is
-/// room, and the stored ones counted; a surrogate pair is never stored in part. 0 for a null `src`.
+/// an invalid sequence. With a destination, no more of the text is looked at than fits: at most `len` units are stored,
+/// followed by the terminator if there is room, and the stored ones counted; a surrogate pair is never stored in part.
+/// 0 for a null `src`.
 QV_EXPORT unsigned getMultiByteStringSize(wchar_t * dst, char const * src, unsigned len);
 
 /// Converts a terminated text in the multibyte encoding. The count leaves out the terminator, which is written.

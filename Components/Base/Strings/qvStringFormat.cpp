@@ -20,7 +20,7 @@ int formatWhole(Char * buf, unsigned size, Char const * fmt, std::va_list args) 
 
 bool isDecimal(wchar_t c) { return c >= L'0' && c <= L'9'; }
 
-// Exchanges the letter of the specification behind a '%', if it is one of the four, and gives where to go on.
+// Exchanges the letter of the item behind a '%', if it is one of the four, and gives where to go on.
 wchar_t * exchangeLetter(wchar_t * at) {
     if (*at == L'%')
         return at + 1;

@@ -19,7 +19,8 @@ namespace qvString {
 /// A string of UTF-16 units that hands out narrow forms on demand and keeps the last one, so that calling a narrow
 /// interface again and again with the same string converts once. Narrow text is in the multibyte encoding of the C
 /// runtime's current locale, or in UTF-8 where a call says so; what cannot be converted is replaced and reported
-/// through `ok`, which may be null (see qvStringEncoding.h).
+/// through `ok`, which may be null (see qvStringEncoding.h). Conversions in either direction end at the first zero, and
+/// a byte order mark at the start of UTF-8 is left out.
 ///
 /// Every IString owns its text; a copy is a deep one, without the narrow form. The object is a pointer beside the table
 /// of virtual functions, and all memory is taken and released inside the library. Copying an IString and substr() stop
@@ -50,6 +51,7 @@ public:
     IString(IString const & other);
     /// Takes the whole text over; `other` is empty then.
     IString(IString && other) : IString() { exchange(other); }
+    /// The views of this constructor and the next throw std::length_error when they are longer than INT_MAX.
     IString(std::u16string_view text)
         : IString(reinterpret_cast<wchar_t const *>(text.data()), asLength(text.size())) {}
     ~IString() override;

@@ -42,6 +42,7 @@ public:
 
     Error() noexcept = default;
     Error(Error const & other);
+    /// Takes the text over; `other` keeps its number, without a text.
     Error(Error && other) noexcept : number_(other.number_), message_(other.message_) { other.message_ = nullptr; }
     Error(int num, char const * format, ...);
     Error(int num, wchar_t const * format, ...);

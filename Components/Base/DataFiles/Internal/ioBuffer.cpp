@@ -2,10 +2,21 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 #include <utility>
 
+namespace {
+
+// The system copies whole pages fastest.
+constexpr std::align_val_t storageAlignment{ioBuffer::blockSize};
+
+} // namespace
+
 ioBuffer::ioBuffer(ioBufferDirection direction, int storageSize)
-    : storage_(new char[static_cast<std::size_t>(storageSize)]), block_(storage_.get()), direction_(direction) {}
+    : storage_(static_cast<char *>(::operator new(static_cast<std::size_t>(storageSize), storageAlignment))),
+      block_(storage_.get()), direction_(direction) {}
+
+void ioBuffer::StorageDelete::operator()(char * storage) const { ::operator delete(storage, storageAlignment); }
 
 ioBuffer::~ioBuffer() {
     // Unrolled, so that a chain of any length goes without recursion.
@@ -67,14 +78,15 @@ int ioBuffer::read(char * bytes, int count) {
     int copied = 0;
     while (copied < count) {
         if (position_ == limit_) {
-            if (int const moved = good() ? readLarge(bytes + copied, count - copied) : 0) {
-                copied += moved;
-                continue;
-            }
-            fill();
-            if (position_ == limit_) {
+            if (!good()) {
                 break;
             }
+            int const moved = readLarge(bytes + copied, count - copied);
+            if (moved == 0) {
+                fill();
+            }
+            copied += moved;
+            continue;
         }
         int const piece = std::min(count - copied, limit_ - position_);
         std::memcpy(bytes + copied, block_ + position_, static_cast<std::size_t>(piece));

@@ -43,7 +43,7 @@ public:
     virtual int bufferType() const = 0;
     virtual void close() = 0;
     // Raw transfer of this link. The reader gives the number of bytes delivered, 0 to count; at an end or a failure
-    // it sets the status.
+    // it sets the status. One that delivers nothing and stays good is asked again: an end of a chain never does that.
     virtual int readBlock(char * bytes, int count) = 0;
     virtual void writeBlock(char * bytes, int count) = 0;
 
@@ -63,6 +63,8 @@ public:
     std::unique_ptr<ioBuffer> popNext();
 
     bool good() const { return status_ == ioBufferGood; }
+    // Whether this is the link that touches the outside world.
+    bool isEnd() const { return !next_; }
     bool input() const { return direction_ == ioBufferDirection::input; }
     ioBufferStatus status() const { return status_; }
     void setStatus(ioBufferStatus status) { status_ = status; }
@@ -104,8 +106,12 @@ protected:
     void countBlock(int count);
 
 private:
+    struct StorageDelete {
+        void operator()(char * storage) const;
+    };
+
     qvUtil::Error error_;
-    std::unique_ptr<char[]> storage_;
+    std::unique_ptr<char, StorageDelete> storage_;
     char * block_;
     int position_ = 0;
     int limit_ = 0;

@@ -3,15 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-namespace {
-
-constexpr int storageSize = 16 * ioBuffer::blockSize;
-
-constexpr int wholeBlocks(int count) { return count - count % ioBuffer::blockSize; }
-
-} // namespace
-
-ioBufferFD::ioBufferFD(ioBufferDirection direction) : ioBuffer(direction, storageSize), aheadEnd_(storage()) {}
+ioBufferFD::ioBufferFD(ioBufferDirection direction) : ioBufferReadAhead(direction) {}
 
 ioBufferFD::~ioBufferFD() {
     if (!input()) {
@@ -81,85 +73,13 @@ int ioBufferFD::readBlock(char * bytes, int count) {
     return static_cast<int>(transfer.count);
 }
 
-// Makes the next block of what was read the current one. Blocks are counted as the reader comes to them, however many
-// were read at once.
-void ioBufferFD::enterNextBlock() {
-    int const count = std::min(blockSize, numAhead());
-    setBlock(block() + limit(), 0, count);
-    countBlock(count);
+int ioBufferFD::tryRead(char * bytes, int count) {
+    qvPlatform::MutablePiece const piece{bytes, static_cast<std::size_t>(count)};
+    return static_cast<int>(qvPlatform::readSome(descriptor_, {&piece, 1}).count);
 }
 
-void ioBufferFD::fillBlock() {
-    if (numAhead() == 0) {
-        setBlock(storage(), 0, 0);
-        aheadEnd_ = storage();
-        aheadEnd_ += readBlock(storage(), canSeek_ ? storageSize : blockSize);
-    }
-    enterNextBlock();
-}
-
-void ioBufferFD::dropBlock() {
-    int const ahead = numAhead();
-    if (ahead > 0) {
-        qvPlatform::seekTo(descriptor_, qvPlatform::currentPosition(descriptor_) - ahead);
-    }
-    setBlock(storage(), 0, 0);
-    aheadEnd_ = storage();
-}
-
-// Brings so many bytes behind the position into one piece of the storage. False when the data ends or fails before;
-// the next fill will meet that itself.
-bool ioBufferFD::readAhead(int count) {
-    if (count > storageSize || !canSeek_ || !good()) {
-        return false;
-    }
-    char const * const at = available();
-    auto const held = static_cast<std::size_t>(aheadEnd_ - at);
-    std::memmove(storage(), at, held);
-    setBlock(storage(), 0, numAvailable());
-    aheadEnd_ = storage() + held;
-    while (aheadEnd_ - storage() < count) {
-        auto const room = static_cast<std::size_t>(storage() + storageSize - aheadEnd_);
-        qvPlatform::MutablePiece const piece{aheadEnd_, room};
-        auto const transfer = qvPlatform::readSome(descriptor_, {&piece, 1});
-        if (transfer.count == 0) {
-            return false;
-        }
-        aheadEnd_ += transfer.count;
-    }
-    return true;
-}
-
-char const * ioBufferFD::takeInPlace(int count) {
-    if (aheadEnd_ - available() < count && !readAhead(count)) {
-        return nullptr;
-    }
-    char const * const bytes = available();
-    for (int left = count; left > 0;) {
-        if (numAvailable() == 0) {
-            enterNextBlock();
-        }
-        int const piece = std::min(left, numAvailable());
-        consume(piece);
-        left -= piece;
-    }
-    return bytes;
-}
-
-int ioBufferFD::readLarge(char * bytes, int count) {
-    if (wholeBlocks(count) < storageSize || numAhead() > 0) {
-        return 0;
-    }
-    dropBlock();
-    int const got = readBlock(bytes, wholeBlocks(count));
-    countBlocks(got);
-    return got;
-}
-
-void ioBufferFD::countBlocks(int count) {
-    for (int left = count; left > 0; left -= blockSize) {
-        countBlock(std::min(left, blockSize));
-    }
+void ioBufferFD::giveBack(int count) {
+    qvPlatform::seekTo(descriptor_, qvPlatform::currentPosition(descriptor_) - count);
 }
 
 // --- output ---
@@ -217,8 +137,7 @@ int ioBufferFD::writeLarge(char const * bytes, int count) {
 
 bool ioBufferFD::seek(std::int64_t position) {
     if (input()) {
-        setBlock(storage(), 0, 0);
-        aheadEnd_ = storage();
+        forgetBlocks();
     }
     return (position < 0 ? qvPlatform::seekToEnd(descriptor_) : qvPlatform::seekTo(descriptor_, position)).good();
 }

@@ -3,15 +3,12 @@
 #ifndef ioBufferFD_h
 #define ioBufferFD_h
 
-#include "Base/DataFiles/Internal/ioBuffer.h"
+#include "Base/DataFiles/Internal/ioBufferReadAhead.h"
 #include "Base/Platform/PlatformFile.h"
 
-// A call of the system costs as much as copying some blocks, so blocks go to it by the dozen: the current block moves
-// along in a storage of several. What the caller can tell stays as with single blocks. On output, what is gathered is
-// written before the stream's status is told, before the position is asked for or changed, at a flush and at close,
-// and when the link is deleted. On input, only what can be sought back in is read ahead by more than a block, and it is
-// given back when the position is asked for, and at close.
-class ioBufferFD : public ioBuffer {
+// Output gathers blocks in the storage as input reads them ahead. What is gathered is written before the stream's
+// status is told, before the position is asked for or changed, at a flush and at close, and when the link is deleted.
+class ioBufferFD : public ioBufferReadAhead {
 public:
     explicit ioBufferFD(ioBufferDirection direction);
     // Leaves the descriptor open, and loses what is in the block.
@@ -22,7 +19,9 @@ public:
     void close() override;
     int readBlock(char * bytes, int count) override;
     void writeBlock(char * bytes, int count) override;
-    char const * takeInPlace(int count) override;
+
+    bool canReadAhead() const override { return canSeek_; }
+    int tryRead(char * bytes, int count) override;
 
     // Sets ioBufferOpenFailed when the system refuses.
     void open(qvString::IString const & name);
@@ -32,30 +31,22 @@ public:
     void setTruncate(bool truncate) { truncate_ = truncate; }
 
 protected:
-    void fillBlock() override;
-    void dropBlock() override;
+    void giveBack(int count) override;
     void passBlock(int count) override;
     void settle() override;
-    int readLarge(char * bytes, int count) override;
     int writeLarge(char const * bytes, int count) override;
 
 private:
     void opened(qvPlatform::Descriptor descriptor);
     void takeFailure(qvPlatform::FileResult result);
-    void enterNextBlock();
-    bool readAhead(int count);
     void writePieces(std::span<qvPlatform::ConstantPiece const> pieces);
-    void countBlocks(int count);
     // Output: the passed blocks lie between the storage's begin and the current block.
     int numGathered() const { return static_cast<int>(block() - storage()); }
-    // Input: what was read and lies behind the current block.
-    int numAhead() const { return static_cast<int>(aheadEnd_ - block()) - limit(); }
 
     qvPlatform::Descriptor descriptor_ = qvPlatform::noDescriptor;
     bool isOpen_ = false;
     bool truncate_ = true;
     bool canSeek_ = false;
-    char * aheadEnd_;
 };
 
 #endif

@@ -4,6 +4,7 @@
 #include "Base/Logic/qvPlgStringValue.h"
 
 #include <algorithm>
+#include <cstring>
 #include <string_view>
 #include <typeinfo>
 
@@ -35,6 +36,10 @@ std::uint64_t FactRange::keyOf(Value const & value) {
     return 0;
 }
 
+bool FactRange::hasTypeWithKeys(Value const & value) {
+    return std::strcmp(value.getType(), "integer") == 0 || std::strcmp(value.getType(), "string") == 0;
+}
+
 std::uint64_t FactRange::startOf(Value const & value) {
     std::uint64_t const key = keyOf(value);
     return key < textMark ? key : textMark | qvString::hashfunction(static_cast<StringValue const &>(value).get());
@@ -54,7 +59,7 @@ FactRange::Row FactRange::first() {
     group_ = nullptr;
     if (!name_)
         return nullptr;
-    if (key_ != 0 && findGroup())
+    if (key_ != 0 && database_->groupsAreWhole_ && findGroup())
         return group_ ? seekInGroup() : nullptr;
     place_ = database_->getFacts().lower_bound(*this);
     return seekInSet();

@@ -37,6 +37,8 @@ public:
     // class, which has no key. A search that goes by keys reads the nodes of the tree alone, where the values lie two
     // steps further.
     static std::uint64_t keyOf(Value const & value);
+    // Whether the value can be equal to one with a key.
+    static bool hasTypeWithKeys(Value const & value);
     // A number that equal values have in common, 0 for those without a key.
     static std::uint64_t startOf(Value const & value);
 

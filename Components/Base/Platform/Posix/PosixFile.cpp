@@ -1,5 +1,6 @@
 #include "Base/Platform/PlatformFile.h"
 
+#include "Base/Platform/Posix/PosixCall.h"
 #include "Base/Strings/qvStringIString.h"
 
 #include <array>
@@ -12,9 +13,10 @@
 
 namespace qvPlatform {
 
-namespace {
+using posix::outcomeOf;
+using posix::repeated;
 
-FileResult outcomeOf(int number) {
+FileResult posix::outcomeOf(int number) {
     switch (number) {
     case 0:
         return {};
@@ -27,6 +29,8 @@ FileResult outcomeOf(int number) {
         return {FileOutcome::denied, number};
     case EEXIST:
         return {FileOutcome::exists, number};
+    case ENOTEMPTY:
+        return {FileOutcome::notEmpty, number};
     case ENOSPC:
     case EDQUOT:
     case EFBIG:
@@ -34,22 +38,14 @@ FileResult outcomeOf(int number) {
     case EISDIR:
     case ENXIO:
         return {FileOutcome::notUsable, number};
+    case EINVAL:
+        return {FileOutcome::invalid, number};
     default:
         return {FileOutcome::failed, number};
     }
 }
 
-// Repeats a system call while a signal interrupts it. The number of the failure is taken at once.
-template <typename Call>
-auto repeated(Call call, int & number) {
-    for (;;) {
-        auto const result = call();
-        number = result < 0 ? errno : 0;
-        if (number != EINTR) {
-            return result;
-        }
-    }
-}
+namespace {
 
 bool wouldBlock(int number) { return number == EAGAIN || number == EWOULDBLOCK; }
 
@@ -61,13 +57,9 @@ void waitUntilReady(Descriptor descriptor, short events) {
 }
 
 FileResult openAs(qvString::IString const & name, int flags, Descriptor & descriptor) {
-    auto const path = systemName(name);
-    if (name.find(L'\0', 0) != qvString::IString::npos) {
-        return outcomeOf(ENOENT); // the system would take the part in front of the zero
-    }
-    int number = 0;
-    descriptor = repeated([&] { return ::open(path.get(), flags | O_CLOEXEC, 0600); }, number);
-    return outcomeOf(number);
+    constexpr mode_t ownerOnly = 0600;
+    return posix::SystemName(name).run(
+        [&](char const * path) { return descriptor = ::open(path, flags | O_CLOEXEC, ownerOnly); });
 }
 
 constexpr std::size_t maxPieces = 8;
@@ -92,55 +84,11 @@ int remainingVectors(Pieces pieces, std::size_t done, std::array<iovec, maxPiece
     return used;
 }
 
-void appendUtf8(char *& out, char32_t c) {
-    auto put = [&](char32_t unit) { *out++ = static_cast<char>(static_cast<unsigned char>(unit)); };
-    if (c < 0x80) {
-        put(c);
-    } else if (c < 0x800) {
-        put(0xC0 | (c >> 6));
-        put(0x80 | (c & 0x3F));
-    } else if (c < 0x10000) {
-        put(0xE0 | (c >> 12));
-        put(0x80 | ((c >> 6) & 0x3F));
-        put(0x80 | (c & 0x3F));
-    } else {
-        put(0xF0 | (c >> 18));
-        put(0x80 | ((c >> 12) & 0x3F));
-        put(0x80 | ((c >> 6) & 0x3F));
-        put(0x80 | (c & 0x3F));
-    }
-}
-
-bool isHighSurrogate(char32_t unit) { return unit >= 0xD800 && unit < 0xDC00; }
-bool isLowSurrogate(char32_t unit) { return unit >= 0xDC00 && unit < 0xE000; }
-bool isEscapedByte(char32_t unit) { return unit >= 0xDC80 && unit <= 0xDCFF; }
-
 } // namespace
 
 Descriptor standardInput() { return STDIN_FILENO; }
 
 Descriptor standardOutput() { return STDOUT_FILENO; }
-
-std::unique_ptr<char[]> systemName(qvString::IString const & name) {
-    wchar_t const * text = name.asWChar();
-    unsigned const length = name.length();
-    std::unique_ptr<char[]> bytes(new char[std::size_t{3} * length + 1]);
-    char * out = bytes.get();
-    for (unsigned i = 0; i < length; ++i) {
-        char32_t unit = static_cast<char16_t>(text[i]);
-        char32_t const following = i + 1 < length ? static_cast<char16_t>(text[i + 1]) : 0;
-        if (isHighSurrogate(unit) && isLowSurrogate(following)) {
-            unit = 0x10000 + ((unit - 0xD800) << 10) + (following - 0xDC00);
-            ++i;
-        } else if (isEscapedByte(unit)) {
-            *out++ = static_cast<char>(static_cast<unsigned char>(unit - 0xDC00));
-            continue;
-        }
-        appendUtf8(out, unit);
-    }
-    *out = 0;
-    return bytes;
-}
 
 FileResult openForReading(qvString::IString const & name, Descriptor & descriptor) {
     return openAs(name, O_RDONLY, descriptor);
@@ -199,18 +147,22 @@ TransferResult writeAll(Descriptor descriptor, std::span<ConstantPiece const> pi
 }
 
 FileResult seekTo(Descriptor descriptor, std::int64_t position) {
-    return ::lseek(descriptor, position, SEEK_SET) < 0 ? outcomeOf(errno) : FileResult{};
+    return posix::outcomeOfCall([&] { return ::lseek(descriptor, position, SEEK_SET); });
 }
 
 FileResult seekToEnd(Descriptor descriptor) {
-    return ::lseek(descriptor, 0, SEEK_END) < 0 ? outcomeOf(errno) : FileResult{};
+    return posix::outcomeOfCall([&] { return ::lseek(descriptor, 0, SEEK_END); });
 }
 
-std::int64_t currentPosition(Descriptor descriptor) { return ::lseek(descriptor, 0, SEEK_CUR); }
+std::int64_t currentPosition(Descriptor descriptor) {
+    int number = 0;
+    return repeated([&] { return ::lseek(descriptor, 0, SEEK_CUR); }, number);
+}
 
 std::int64_t sizeOfFile(qvString::IString const & name) {
     struct stat status;
-    return ::stat(systemName(name).get(), &status) == 0 ? std::int64_t{status.st_size} : -1;
+    FileResult const result = posix::SystemName(name).run([&](char const * path) { return ::stat(path, &status); });
+    return result.good() ? std::int64_t{status.st_size} : -1;
 }
 
 } // namespace qvPlatform

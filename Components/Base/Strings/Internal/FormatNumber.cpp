@@ -76,9 +76,7 @@ void NumberText::setInteger(FormatItem const & spec, std::uint64_t magnitude, bo
     zeros_ = bodyLength_ < least ? least - bodyLength_ : 0;
     if (spec.letter == 'o' && spec.alternate && zeros_ == 0)
         zeros_ = 1;
-    std::size_t const width = static_cast<std::size_t>(spec.width);
-    if (spec.zero && !spec.left && spec.precision < 0 && width > signLength_ + zeros_ + bodyLength_)
-        zeros_ = width - signLength_ - bodyLength_;
+    isFilledWithZeros_ = spec.zero && !spec.left && spec.precision < 0;
 }
 
 // Lets the runtime write a number without its width, with the flags that are left to it.
@@ -119,8 +117,7 @@ void NumberText::splitFloating(FormatItem const & spec, char const * text, std::
     signLength_ = hasSign + (isFinite && isLetter(spec, 'a') ? 2U : 0U);
     body_ = text + signLength_;
     bodyLength_ = length - signLength_;
-    std::size_t const width = static_cast<std::size_t>(spec.width);
-    zeros_ = spec.zero && !spec.left && isFinite && width > length ? width - length : 0;
+    isFilledWithZeros_ = spec.zero && !spec.left && isFinite;
 }
 
 // What the runtime writes in a locale whose decimal point is a dot, several times as fast.

@@ -3,7 +3,7 @@
 #ifndef FormatNumber_h
 #define FormatNumber_h
 
-#include "Base/Strings/Internal/FormatSpecification.h"
+#include "Base/Strings/Internal/FormatItem.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -27,6 +27,9 @@ public:
     char const * sign() const { return sign_; }
     std::size_t signLength() const { return signLength_; }
     std::size_t zeros() const { return zeros_; }
+    /// Whether zeros are put in front of the digits until the width is full. How many they are is known where the
+    /// digits have got the width of their characters.
+    bool isFilledWithZeros() const { return isFilledWithZeros_; }
     char const * body() const { return body_; }
     std::size_t bodyLength() const { return bodyLength_; }
     /// Whether the digits hold nothing but ASCII characters: a locale's decimal point may be another.
@@ -43,6 +46,7 @@ private:
     char const * sign_ = buffer_;
     std::size_t signLength_ = 0;
     std::size_t zeros_ = 0;
+    bool isFilledWithZeros_ = false;
     char const * body_ = buffer_;
     std::size_t bodyLength_ = 0;
 };

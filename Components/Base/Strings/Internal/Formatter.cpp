@@ -1,7 +1,7 @@
 #include "Base/Strings/Internal/Formatter.h"
 
+#include "Base/Strings/Internal/FormatItem.h"
 #include "Base/Strings/Internal/FormatNumber.h"
-#include "Base/Strings/Internal/FormatSpecification.h"
 #include "Base/Strings/Internal/MultibyteText.h"
 #include "Base/Strings/Internal/Utf8.h"
 #include "Base/Strings/qvStringEncoding.h"
@@ -186,10 +186,10 @@ Outcome Formatter<Char>::run() {
 template <class Char>
 Outcome Formatter<Char>::one() {
     Char const * const start = at_++;
-    FormatItem const spec = readSpecification(at_, args_);
+    FormatItem const spec = readItem(at_, args_);
     switch (spec.isWhole ? spec.letter : 0U) {
     case '%':
-        // Behind this the exchange is out of step with the specifications.
+        // Behind this the exchange is out of step with the items.
         if (isWide && letters_ == Letters::Exchanged && at_ - start != 2)
             return Outcome::NeedsExchange;
         out_.put(static_cast<Char>('%'));
@@ -311,11 +311,11 @@ void Formatter<Char>::number(FormatItem const & spec, NumberText const & text) {
     };
     Counter<Char> body;
     putBody(body);
-    // Zeros were counted for the bytes of the digits.
-    std::size_t const zeros = text.zeros() + (text.zeros() == 0 ? 0 : text.bodyLength() - body.length());
-    std::size_t const whole = text.signLength() + zeros + body.length();
+    std::size_t const whole = text.signLength() + text.zeros() + body.length();
     std::size_t const width = static_cast<std::size_t>(spec.width);
-    std::size_t const blanks = width > whole ? width - whole : 0;
+    std::size_t const padding = width > whole ? width - whole : 0;
+    std::size_t const zeros = text.zeros() + (text.isFilledWithZeros() ? padding : 0);
+    std::size_t const blanks = text.isFilledWithZeros() ? 0 : padding;
     if (!spec.left)
         out_.fill(static_cast<Char>(' '), blanks);
     out_.copy(text.sign(), text.signLength());
@@ -374,7 +374,8 @@ void Formatter<Char>::text(FormatItem const & spec) {
 template <class Char>
 template <class From>
 void Formatter<Char>::textOf(FormatItem const & spec, From const * source) {
-    // A text that the precision cuts short need not be terminated: no more of it is read than is put.
+    // A text that the precision cuts short need not be terminated: no more of it is read than is put, but for the unit
+    // behind half of a surrogate pair.
     std::size_t const limit = spec.precision < 0 ? SIZE_MAX : static_cast<std::size_t>(spec.precision);
     if (source == nullptr)
         converted(spec, "(null)", limit < 6 ? 0 : 6);

@@ -27,13 +27,13 @@ struct WideTraits {
     static constexpr bool eq(wchar_t a, wchar_t b) { return a == b; }
     static constexpr bool lt(wchar_t a, wchar_t b) { return a < b; }
 
-    static int compare(wchar_t const * a, wchar_t const * b, std::size_t n) {
+    static constexpr int compare(wchar_t const * a, wchar_t const * b, std::size_t n) {
         for (std::size_t i = 0; i < n; ++i)
             if (a[i] != b[i])
                 return a[i] < b[i] ? -1 : 1;
         return 0;
     }
-    static std::size_t length(wchar_t const * text) {
+    static constexpr std::size_t length(wchar_t const * text) {
         std::size_t n = 0;
         while (text[n] != 0)
             ++n;

@@ -1,5 +1,6 @@
 // All objects of the library that run code when it is loaded or unloaded. The language orders such objects inside one
-// source file only, so they are all defined in this one, each subsystem's with the declaration in a header of its own:
+// source file only, so they are all defined in this one, each subsystem's with the declaration in a header of its own.
+// The places of the order, where those of subsystems that are not there stay empty:
 //
 //      1. network constants                   8. output of the undo report
 //      2. application output, debug channel   9. pointer-tracking signals
@@ -16,6 +17,7 @@
 
 #include "Base/Utility/Internal/LoadTime.h"
 
+#include "Base/OS/Internal/FileFactoryImpl.h"
 #include "Base/Undo/Internal/qvUndoReportFile.h"
 
 #include <cstdlib>
@@ -24,6 +26,8 @@
 namespace qvUtil::loadTime {
 
 namespace {
+
+qvOS::FileFactoryInitializer fileFactoryInitializer;
 
 struct RandomSeed {
     RandomSeed() { std::srand(static_cast<unsigned>(std::time(nullptr))); }

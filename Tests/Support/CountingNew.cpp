@@ -1,4 +1,4 @@
-#include "Signals/CountingNew.h"
+#include "Support/CountingNew.h"
 
 #include <cstdlib>
 #include <new>

@@ -1,7 +1,7 @@
-// One specification of a printf-style format, and how it is read.
+// One item of a printf-style format, from its '%' to its letter, and how it is read.
 
-#ifndef FormatSpecification_h
-#define FormatSpecification_h
+#ifndef FormatItem_h
+#define FormatItem_h
 
 #include <algorithm>
 #include <climits>
@@ -13,7 +13,6 @@ namespace qvString::formatting {
 
 enum class Size { Default, Char, Short, Long, LongLong, LongDouble };
 
-// One specification of a format, from its '%' to its letter.
 struct FormatItem {
     bool left = false;
     bool plus = false;
@@ -139,9 +138,9 @@ void readSize(Char const *& at, FormatItem & spec) {
 }
 static_assert(sizeof(long) == sizeof(void *) && sizeof(long) == sizeof(std::size_t));
 
-// Reads a specification behind its '%', its arguments for '*' included, and moves behind its letter.
+// Reads an item behind its '%', its arguments for '*' included, and moves behind its letter.
 template <class Char>
-FormatItem readSpecification(Char const *& at, Arguments & args) {
+FormatItem readItem(Char const *& at, Arguments & args) {
     FormatItem spec;
     readFlags(at, spec);
     if (codeOf(*at) == '*') {

@@ -1,0 +1,92 @@
+// Turns bytes into the codes of a compressed stream.
+
+#ifndef ioLzwEncoder_h
+#define ioLzwEncoder_h
+
+#include "Base/DataFiles/Internal/ioLzwFormat.h"
+
+#include <cstdint>
+#include <memory>
+
+// The bytes of the stream gather in output(), from where the caller takes them after each call.
+//
+// The strings seen are kept in lists that are reached by a hash of (string, next byte). Which strings are known, and
+// with it the stream, is defined by a table of another kind, of 69001 slots with double hashing: they agree but for one
+// string, see Slots.
+class ioLzwEncoder {
+public:
+    static constexpr int maxInput = 4096;
+
+    // Null where there is no memory.
+    static std::unique_ptr<ioLzwEncoder> make();
+
+    // Takes at most maxInput bytes.
+    void encode(char const * bytes, int count);
+    // Ends the stream with its end code; nothing may follow.
+    void end();
+
+    char const * output() const { return output_; }
+    int outputSize() const { return static_cast<int>(outputEnd_ - output_); }
+    void takeOutput() { outputEnd_ = output_; }
+
+private:
+    // A string is its parent with one byte more. Lists end with 0, which is no string's code.
+    struct String {
+        std::uint16_t parent;
+        std::uint16_t next;
+    };
+
+    // The slots of the defining table, without what is in them. A slot counts as free there when its key is not above
+    // 0, and two zero bytes in a row have key 0: a later string whose search ends at that slot takes it over, and the
+    // two zeros are forgotten. Nothing else depends on slots, so they are followed from when key 0 is stored until all
+    // strings are cleared.
+    class Slots {
+    public:
+        void clear();
+        // Stores a key. True when it has taken the slot of key 0.
+        bool store(unsigned key);
+
+    private:
+        static constexpr int numSlots = 69001;
+        bool isAboveZero(int slot) const { return (used_[slot / 64] >> (slot % 64) & 1) != 0; }
+
+        std::uint64_t used_[numSlots / 64 + 1];
+        int zeroSlot_;
+    };
+
+    ioLzwEncoder();
+    void add(unsigned home, unsigned parent);
+    void followSlots();
+    void forgetTwoZeros();
+    void testRatio(std::int64_t input);
+    void clearStrings();
+    void put(int code);
+    void writeGroup();
+
+    static constexpr int numHomes = 131072;
+    static constexpr int noCode = -1;
+    static constexpr int checkInterval = 10000;
+
+    // Codes of two bytes at most for each byte of input, a clear code, and a padded group for each width.
+    static constexpr int outputCapacity = 2 * (maxInput + 2) + 32 * ioLzw::maxWidth;
+
+    int current_ = noCode;
+    int nextFree_ = ioLzw::firstFreeCode;
+    ioLzw::Width width_;
+    bool clearing_ = false;
+    bool slotsFollowed_ = false;
+    std::int64_t input_ = 0;
+    std::int64_t outputBytes_ = 0; // of full groups
+    std::int64_t checkpoint_ = checkInterval;
+    std::int64_t ratio_ = 0;
+    int inGroup_ = 0;
+    std::uint16_t group_[ioLzw::codesInGroup];
+    char * outputEnd_;
+    char output_[outputCapacity];
+    Slots slots_;
+    std::uint16_t homes_[numHomes];
+    String strings_[ioLzw::codeLimit];
+    unsigned char lastBytes_[ioLzw::codeLimit];
+};
+
+#endif

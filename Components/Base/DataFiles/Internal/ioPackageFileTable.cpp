@@ -1,0 +1,190 @@
+// The table of a package: records tile the data region in the order of their offsets, no two neighbours are free, and
+// the end marker is the last.
+
+#include "Base/DataFiles/ioPackageFile.h"
+
+#include <algorithm>
+#include <utility>
+
+using qvString::IString;
+
+namespace {
+
+bool isEndMarker(IString const & name) { return name == L"."; }
+
+} // namespace
+
+ioPackageFileEntry const * ioPackageFile::getEntry(IString const & name) const {
+    auto const place = directory_.find(name);
+    return place != directory_.end() ? &entries_[place->second] : nullptr;
+}
+
+ioPackageFileEntry const * ioPackageFile::getEntry(int index) const {
+    bool const isRecord = index >= 0 && index < entries_.size() && !entries_[index].name_.isEmpty();
+    return isRecord ? &entries_[index] : nullptr;
+}
+
+// ---- From the directory on disk
+
+// Takes one record as it is; takeRecords() judges them all.
+void ioPackageFile::appendEntry(char const * name, std::int64_t offset, std::int64_t size, std::int64_t timestamp,
+                                bool compressed) {
+    ioPackageFileEntry entry(this);
+    entry.name_ = IString(name, qvString::UTF8);
+    entry.offset_ = offset;
+    entry.size_ = size;
+    entry.timestamp_ = timestamp;
+    entry.compressed_ = compressed;
+    entries_.append(std::move(entry));
+    places_.append(nullptr);
+    dirty_ = true;
+}
+
+// Whether the records that were read are a table whose data region ends at `end`.
+bool ioPackageFile::takeRecords(std::int64_t end) {
+    if (findFault(end) != nullptr)
+        return false;
+    // Neighbours that are both free become one.
+    int kept = 0;
+    for (int i = 0; i < entries_.size(); ++i) {
+        bool const isFree = entries_[i].name_.isEmpty();
+        if (isFree && kept > 0 && entries_[kept - 1].name_.isEmpty())
+            entries_[kept - 1].size_ += entries_[i].size_;
+        else {
+            if (kept != i)
+                entries_[kept] = std::move(entries_[i]);
+            freeCount_ += isFree;
+            ++kept;
+        }
+    }
+    entries_.erase(entries_.begin() + kept, entries_.end());
+    places_.setSize(kept);
+    for (int i = 0; i + 1 < kept; ++i)
+        if (!entries_[i].name_.isEmpty() && !enterName(i, entries_[i].name_))
+            return false;
+    entries_.back().size_ = -1;
+    return true;
+}
+
+// The end marker is where it is told, and in front of it the records lie without gap or overlap.
+char const * ioPackageFile::findFault(std::int64_t end) const {
+    if (entries_.empty() || !isEndMarker(entries_.back().name_) || entries_.back().offset_ != end)
+        return "the end marker is missing or elsewhere";
+    std::int64_t at = dataOffset_;
+    for (int i = 0; i + 1 < entries_.size(); ++i) {
+        ioPackageFileEntry const & entry = entries_[i];
+        if (isEndMarker(entry.name_))
+            return "there is a second end marker";
+        if (entry.offset_ != at)
+            return "there is a gap or an overlap";
+        if (entry.size_ < 0 || entry.size_ > end - at)
+            return "a record reaches behind the data";
+        at += entry.size_;
+    }
+    return at == end ? nullptr : "there is a gap in front of the end marker";
+}
+
+char const * ioPackageFile::validate() const {
+    if (packageName_.isEmpty())
+        return nullptr;
+    if (char const * const fault = findFault(entries_.back().offset_))
+        return fault;
+    int numFree = 0;
+    int numNamed = 0;
+    for (int i = 0; i + 1 < entries_.size(); ++i) {
+        IString const & name = entries_[i].name_;
+        numFree += name.isEmpty();
+        numNamed += !name.isEmpty();
+        if (name.isEmpty() && entries_[i + 1].name_.isEmpty())
+            return "two neighbours are free";
+        auto const place = directory_.find(name);
+        bool const isEntered = place != directory_.end() && place->second == i && places_[i] == &place->second;
+        if (name.isEmpty() ? places_[i] != nullptr : !isEntered)
+            return "a name leads elsewhere";
+    }
+    return numFree == freeCount_ && numNamed == directory_.size() && places_.size() == entries_.size()
+               ? nullptr
+               : "the counts are wrong";
+}
+
+// ---- Changes
+
+// False when the name is there already.
+bool ioPackageFile::enterName(int index, IString const & name) {
+    auto const [place, isNew] = directory_.try_emplace(name, index);
+    if (isNew)
+        places_[index] = &place->second;
+    return isNew;
+}
+
+// A record without a name in front of another one; the names behind it follow.
+void ioPackageFile::insertRecord(int index, std::int64_t offset, std::int64_t size) {
+    ioPackageFileEntry record(this);
+    record.offset_ = offset;
+    record.size_ = size;
+    places_.insert(places_.begin() + index, nullptr);
+    try {
+        entries_.insert(entries_.begin() + index, std::move(record));
+    } catch (...) {
+        places_.erase(places_.begin() + index);
+        throw;
+    }
+    for (int * const place : std::ranges::subrange(places_.begin() + index + 1, places_.end()))
+        if (place != nullptr)
+            ++*place;
+    dirty_ = true;
+}
+
+// Gives a record of that size: a free part, the first that is large enough, or one behind all others. Its name is still
+// empty, and it does not count as free.
+int ioPackageFile::createEntry(std::int64_t size) {
+    int const last = entries_.size() - 1;
+    for (int i = 0; freeCount_ > 0 && i < last; ++i) {
+        if (!entries_[i].name_.isEmpty() || entries_[i].size_ < size)
+            continue;
+        if (entries_[i].size_ > size)
+            splitEntry(i, size);
+        --freeCount_;
+        dirty_ = true;
+        return i;
+    }
+    std::int64_t const offset = entries_.back().offset_;
+    insertRecord(last, offset, size);
+    updateDirectoryEntry(offset + size);
+    return last;
+}
+
+// A free record becomes two, the first of that size.
+void ioPackageFile::splitEntry(int index, std::int64_t size) {
+    insertRecord(index, entries_[index].offset_, size);
+    entries_[index + 1].offset_ += size;
+    entries_[index + 1].size_ -= size;
+    ++freeCount_;
+}
+
+// A record takes over the one behind it.
+void ioPackageFile::joinEntries(int index) {
+    entries_[index].size_ += entries_[index + 1].size_;
+    entries_.erase(entries_.begin() + index + 1);
+    places_.erase(places_.begin() + index + 1);
+    for (int * const place : std::ranges::subrange(places_.begin() + index + 1, places_.end()))
+        if (place != nullptr)
+            --*place;
+    --freeCount_;
+    dirty_ = true;
+}
+
+// The bytes stay where they are, the name goes.
+void ioPackageFile::freeEntry(int index) {
+    if (places_[index] != nullptr) {
+        places_[index] = nullptr;
+        directory_.erase(directory_.find(entries_[index].name_));
+    }
+    entries_[index].name_ = IString();
+    ++freeCount_;
+    if (entries_[index + 1].name_.isEmpty())
+        joinEntries(index);
+    if (index > 0 && entries_[index - 1].name_.isEmpty())
+        joinEntries(index - 1);
+    dirty_ = true;
+}

@@ -1,0 +1,41 @@
+#include "Base/OS/qvOSFileFactory.h"
+
+#include "Base/OS/Internal/FileFactoryImpl.h"
+#include "Base/OS/qvOSFile.h"
+
+namespace qvOS {
+
+using qvString::IString;
+
+FileFactory::~FileFactory() = default;
+
+FileFactory * FileFactory::getFileFactory() {
+    static FileFactoryImpl factory;
+    return &factory;
+}
+
+FileFactoryImpl::FileFactoryImpl() : localFactory_(std::make_unique<LocalFileTransportFactory>()) {
+    static_cast<void>(LocalFileTransportFactory::s_forceTransportLoad());
+}
+
+File * FileFactoryImpl::createFile(IString const & name) {
+    FileTransport * const transport = createTransport(name);
+    return transport != nullptr ? new File(transport) : nullptr;
+}
+
+FileTransport * FileFactoryImpl::createTransport(IString const & name) {
+    for (FileTransportFactory * const factory : transportFactories_) {
+        if (FileTransport * const transport = factory->create(name))
+            return transport;
+    }
+    return localFactory_->create(name);
+}
+
+void FileFactoryImpl::registerTransportFactory(FileTransportFactory * factory) { transportFactories_.append(factory); }
+
+qvUtil::Error FileFactoryInitializer::initialize() {
+    static_cast<void>(FileFactory::getFileFactory());
+    return qvUtil::Error();
+}
+
+} // namespace qvOS

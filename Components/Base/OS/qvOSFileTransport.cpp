@@ -1,0 +1,161 @@
+#include "Base/OS/qvOSFileTransport.h"
+
+#include "Base/OS/Internal/LocalFileTransport.h"
+#include "Base/OS/qvOSFile.h"
+
+namespace qvOS {
+
+using qvString::IString;
+using qvUtil::Error;
+
+namespace {
+
+constexpr int fileExists = 2;
+constexpr int endOfFile = 3;
+constexpr int ioProblem = 4;
+constexpr int noOverwrite = 7;
+constexpr int fileIsOpen = 9;
+constexpr int notADirectory = 10;
+
+Error notImplemented() { return Error(-1, "This function is not implemented."); }
+
+IString asDirectory(FileTransport & transport) {
+    IString name = transport.getFullName();
+    if (!name.isEmpty() && name[name.length() - 1] != transport.getSeparator())
+        name.append(transport.getSeparator());
+    return name;
+}
+
+bool isSelfOrParent(IString const & name) { return name == L"." || name == L".."; }
+
+LocalFileTransport * asLocal(FileTransport & transport) { return dynamic_cast<LocalFileTransport *>(&transport); }
+
+// Whether a copy would read what it writes: by two names of one file it would empty it, and in a directory that it
+// makes inside itself, or that a link leads back to, it would never end.
+bool wouldMeetItself(FileTransport & from, FileTransport & to) {
+    LocalFileTransport * const source = asLocal(from);
+    LocalFileTransport * const target = asLocal(to);
+    if (source == nullptr || target == nullptr)
+        return false;
+    return source->isSameFileAs(*target) || (source->isDirectory() && source->leadsBack());
+}
+
+// Both are open. The result is the first failure of reading or writing.
+Error copyContents(FileTransport & from, FileTransport & to) {
+    LocalFileTransport * const source = asLocal(from);
+    LocalFileTransport * const target = asLocal(to);
+    if (source != nullptr && target != nullptr)
+        return source->copyContentsTo(*target);
+    char block[4096];
+    for (;;) {
+        unsigned int count = 0;
+        Error const got = from.read(block, sizeof block, &count);
+        if (got && got.num() != endOfFile)
+            return got;
+        if (count > 0) {
+            if (Error const put = to.write(block, count, nullptr))
+                return put;
+        }
+        // A stream that has nothing and does not say that it ends would be asked for ever.
+        if (got || count == 0)
+            return Error();
+    }
+}
+
+Error copyFile(FileTransport & from, FileTransport & to) {
+    if (to.open(OpenWrite | OpenCreate))
+        return File::getError(ioProblem);
+    if (Error const error = from.open(OpenRead | OpenBinary)) {
+        static_cast<void>(to.close());
+        return error;
+    }
+    Error const copied = copyContents(from, to);
+    Error const closed = from.close();
+    Error const targetClosed = to.close();
+    return copied ? copied : closed ? closed : targetClosed;
+}
+
+} // namespace
+
+FileTransport::~FileTransport() = default;
+
+FileTransportFactory::~FileTransportFactory() = default;
+
+Error FileTransport::openTemp(int) { return notImplemented(); }
+
+Error FileTransport::makeTempDirectory() { return notImplemented(); }
+
+Error FileTransport::makeDirectoryAll() { return notImplemented(); }
+
+Error FileTransport::copyTo(FileTransport & target) {
+    if (isOpen() || target.isOpen())
+        return File::getError(fileIsOpen);
+    if (getFullName() == target.getFullName() || wouldMeetItself(*this, target))
+        return File::getError(noOverwrite);
+    if (!isDirectory())
+        return copyFile(*this, target);
+    if (Error const error = target.makeDirectory(); error && error.num() != fileExists)
+        return error;
+    return recreateDirStructure(target, false);
+}
+
+Error FileTransport::moveTo(FileTransport & target) {
+    if (isOpen())
+        return File::getError(fileIsOpen);
+    if (getFullName() == target.getFullName())
+        return File::getError(noOverwrite);
+    Error const copied = copyTo(target);
+    return copied ? copied : deleteSelf();
+}
+
+Error FileTransport::queryOwnerGroup(FileStatus & status) {
+    status.setOwner("Unknown");
+    status.setGroup("Unknown");
+    return Error(-1, "This function still not supported.");
+}
+
+Error FileTransport::recursiveDeleteSelf() {
+    if (LocalFileTransport const * const local = asLocal(*this); local != nullptr && local->isSymbolicLink())
+        return deleteSelf();
+    IString const directory = asDirectory(*this);
+    qv::vector<IString> list;
+    if (Error const error = readDir(list, false))
+        return error;
+    for (IString const & name : list) {
+        if (!isSelfOrParent(name))
+            static_cast<void>(File(directory + name).deleteSelf(DeleteRecursing));
+    }
+    return deleteSelf();
+}
+
+Error FileTransport::recreateDirStructure(FileTransport & target, bool move) {
+    if (!isDirectory() || !target.isDirectory())
+        return File::getError(notADirectory);
+    LocalFileTransport * const local = asLocal(*this);
+    LocalFileTransport * const localTarget = asLocal(target);
+    if (local != nullptr && localTarget != nullptr && local->holds(*localTarget))
+        return File::getError(noOverwrite);
+    qv::vector<IString> list;
+    if (Error const error = readDir(list, false))
+        return error;
+    IString const from = asDirectory(*this);
+    IString const to = asDirectory(target);
+    Error first;
+    for (IString const & name : list) {
+        if (isSelfOrParent(name))
+            continue;
+        IString targetName = to + name;
+        if (getSeparator() != target.getSeparator() && targetName[targetName.length() - 1] == getSeparator())
+            targetName[targetName.length() - 1] = target.getSeparator();
+        File source(from + name);
+        File destination(targetName);
+        Error error = source.copyTo(destination);
+        if (!error && move)
+            error = source.deleteSelf(DeleteShallow);
+        if (error && !first)
+            first = error;
+    }
+    return first;
+}
+
+} // namespace qvOS

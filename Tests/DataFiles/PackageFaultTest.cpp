@@ -1,0 +1,192 @@
+// Every system call of changes to a package fails once, or that and all behind it, or the process ends there.
+
+#include "Base/DataFiles/ioPackageFile.h"
+
+#include "Support/ErrorMatchers.h"
+#include "Support/FailingSystem.h"
+#include "Support/ScratchDirectory.h"
+
+#include <csignal>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <optional>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+using qvTest::bytesOf;
+using qvTest::FailingSystem;
+using qvTest::FaultLasts;
+using qvTest::Succeeds;
+using qvTest::SystemFault;
+using qvTest::wide;
+using qvTest::writeBytes;
+
+using Contents = std::map<std::string, std::string>;
+
+class PackageFaults : public testing::Test {
+protected:
+    PackageFaults() {
+        fs::create_directory(path("tmp"));
+        setenv("TMPDIR", path("tmp").c_str(), 1);
+        for (auto const & [name, text] : sources_)
+            writeBytes(path(name), text);
+        ioPackageFile package;
+        EXPECT_THAT(package.open(wide(path("p"))), Succeeds());
+        EXPECT_THAT(package.addEntry(wide(path("one")), wide("a"), false), Succeeds());
+        EXPECT_THAT(package.addEntry(wide(path("two")), wide("b"), true), Succeeds());
+        EXPECT_THAT(package.update(), Succeeds());
+        package.close();
+        original_ = bytesOf(path("p"));
+    }
+    ~PackageFaults() override { unsetenv("TMPDIR"); }
+
+    std::string path(std::string const & name) const { return scratch_.path(name); }
+    void reset() const {
+        writeBytes(path("p"), original_);
+        fs::remove(path("q"));
+        for (auto const & left : fs::directory_iterator(path("tmp")))
+            fs::remove(left);
+    }
+
+    // What an application that reads the package finds; nothing when it is none.
+    std::optional<Contents> read(std::string const & name) const {
+        ioPackageFile package;
+        if (!fs::exists(path(name)) || package.open(wide(path(name))))
+            return std::nullopt;
+        EXPECT_EQ(package.validate(), nullptr);
+        Contents contents;
+        for (auto const & [entry, index] : package.getDirectory()) {
+            fs::remove(path("out"));
+            EXPECT_THAT(package.extractEntry(package.getEntry(index), wide(path("out"))), Succeeds());
+            contents[entry.asUTF8()] = bytesOf(path("out"));
+        }
+        return contents;
+    }
+
+    // Runs the change in a process that ends in front of its n-th system call; false when it came to its end.
+    bool endsAt(int n, std::function<bool()> const & change) const {
+        pid_t const child = ::fork();
+        EXPECT_GE(child, 0);
+        if (child == 0) {
+            FailingSystem const failing(SystemFault::killed, FaultLasts::once, n);
+            ::_exit(change() ? 0 : 1);
+        }
+        int status = 0;
+        EXPECT_EQ(::waitpid(child, &status, 0), child);
+        EXPECT_TRUE(WIFEXITED(status) ? WEXITSTATUS(status) == 0 : WTERMSIG(status) == SIGKILL);
+        return !WIFEXITED(status);
+    }
+
+    std::string const small_ = std::string(3000, 's');
+    std::string const large_ = std::string(400000, 'l');
+    Contents const sources_ = {{"one", std::string(9000, '1')}, {"two", small_}, {"three", large_}};
+    std::string original_;
+    qvTest::ScratchDirectory scratch_;
+};
+
+TEST_F(PackageFaults, LeaveATableThatTheObjectCanGoOnWith) {
+    int const descriptors = qvTest::numOpenDescriptors();
+    int faults = 0;
+    auto const change = [&](ioPackageFile & package, bool afterFaults) {
+        int failures = 0;
+        failures += package.addEntry(wide(path("three")), wide("c"), false).num() != 0;
+        failures += package.addEntry(wide(path("two")), wide("a"), true).num() != 0; // replaced
+        failures += package.deleteEntry(wide("b")).num() != 0 && !afterFaults;       // may have gone before
+        failures += package.addEntry(wide(path("one")), wide("d"), true).num() != 0;
+        failures += package.update().num() != 0;
+        return failures;
+    };
+    Contents const expected = {{"a", small_}, {"c", large_}, {"d", sources_.at("one")}};
+    for (SystemFault const fault : {SystemFault::diskFull, SystemFault::inputOutput, SystemFault::denied,
+                                    SystemFault::interrupted, SystemFault::shortTransfer})
+        for (FaultLasts const lasts : {FaultLasts::once, FaultLasts::fromThenOn})
+            for (int n = 0;; ++n) {
+                SCOPED_TRACE(testing::Message() << int(fault) << ' ' << int(lasts) << ' ' << n);
+                reset();
+                bool struck = false;
+                {
+                    ioPackageFile package;
+                    ASSERT_THAT(package.open(wide(path("p"))), Succeeds());
+                    int failures = 0;
+                    {
+                        FailingSystem const failing(fault, lasts, n);
+                        failures = change(package, false);
+                        struck = FailingSystem::struck();
+                    }
+                    ASSERT_EQ(package.validate(), nullptr);
+                    bool const isHarmless = fault == SystemFault::interrupted || fault == SystemFault::shortTransfer;
+                    ASSERT_TRUE(failures == 0 || (struck && !isHarmless));
+                    if (failures > 0) {
+                        ASSERT_EQ(change(package, true), 0);
+                    }
+                }
+                ASSERT_TRUE(read("p") == expected);
+                ASSERT_EQ(qvTest::numOpenDescriptors(), descriptors);
+                ASSERT_TRUE(fs::is_empty(path("tmp")) || fault < SystemFault::interrupted);
+                if (!struck)
+                    break;
+                ++faults;
+            }
+    RecordProperty("faults", faults);
+    EXPECT_GT(faults, 300);
+}
+
+TEST_F(PackageFaults, ThatEndTheProcessLeaveWhatIsTold) {
+    Contents const before = {{"a", sources_.at("one")}, {"b", small_}};
+    Contents after = before;
+    after["c"] = large_;
+    // Appending: the old directory is overwritten, so there is the old package, or none, or the new one.
+    int states[3] = {0, 0, 0};
+    for (int n = 0;; ++n) {
+        reset();
+        bool const ended = endsAt(n, [&] {
+            ioPackageFile package;
+            return !package.open(wide(path("p"))) && !package.addEntry(wide(path("three")), wide("c"), false) &&
+                   !package.update();
+        });
+        std::optional<Contents> const found = read("p");
+        int const state = !found.has_value() ? 1 : *found == before ? 0 : 2;
+        ASSERT_TRUE(state != 2 || *found == after) << n;
+        ASSERT_TRUE(states[2] == 0 || state == 2) << n; // once it is there it stays
+        ++states[state];
+        if (!ended) {
+            ASSERT_EQ(state, 2);
+            break;
+        }
+    }
+    EXPECT_TRUE(states[0] > 3 && states[1] > 3 && states[2] > 1);
+    // A deletion is nothing before update(), and one write there.
+    Contents const without = {{"a", sources_.at("one")}};
+    for (int n = 0;; ++n) {
+        reset();
+        bool const ended = endsAt(n, [&] {
+            ioPackageFile package;
+            return !package.open(wide(path("p"))) && !package.deleteEntry(wide("b")) && !package.update();
+        });
+        std::optional<Contents> const found = read("p");
+        ASSERT_TRUE(found == before || found == without) << n;
+        if (!ended)
+            break;
+    }
+    // A compact copy leaves the package alone, and is no package before its end.
+    for (int n = 0;; ++n) {
+        reset();
+        bool const ended = endsAt(n, [&] {
+            ioPackageFile package;
+            return !package.open(wide(path("p"))) && !package.write(wide(path("q")));
+        });
+        ASSERT_EQ(bytesOf(path("p")), original_) << n;
+        std::optional<Contents> const found = read("q");
+        ASSERT_TRUE(!found.has_value() || *found == before) << n;
+        if (!ended) {
+            ASSERT_TRUE(found.has_value());
+            break;
+        }
+    }
+}
+
+} // namespace
