@@ -206,6 +206,9 @@ TEST(LogicQuery, ClausesOneByOne) {
     interpreter.getRules().insert(Rule("rule", 1, &nothing)); // there is one already
     interpreter.getRules().insert(Rule("rule", 2, nullptr));
     EXPECT_EQ(interpreter.getRules().size(), 3);
+    EXPECT_EQ(compare(Rule("a", 3, nullptr), Rule("a", 1, nullptr)), 2);
+    EXPECT_EQ(compare(Rule("a", 1, nullptr), Rule("a", 1, &two)), 1);
+    EXPECT_LT(compare(Rule("a", 9, nullptr), Rule("b", 1, nullptr)), 0);
     Number const x = variable(), y = variable(), one = number(1), sameOne = number(1);
     struct {
         char const * what;
@@ -226,6 +229,7 @@ TEST(LogicQuery, ClausesOneByOne) {
         {"not that fails", !clause("p", x), ""},
         {"not not binds nothing", !!clause("p", x), "(null)"},
         {"equal, by value", one == sameOne, "(null)"},
+        {"equal, as a function", equal(one, sameOne) & equal(Argument(one), one), "(null)"},
         {"unequal", one != sameOne, ""},
         {"unequal to the last", clause("q", x) & (x != one), "2, 3, 4"},
         {"empty", Expression(), ""},

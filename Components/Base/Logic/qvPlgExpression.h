@@ -73,7 +73,12 @@ inline Expression equal(qv::Reference<Value> left, qv::Reference<Value> right) {
 inline Expression operator==(Argument left, Argument right) { return invokeEqual(left, right); }
 inline Expression operator!=(Argument left, Argument right) { return invokeNot(invokeEqual(left, right)); }
 
-// For references as they are: the forms above need a conversion, which an operator of the reference would win against.
+// For references as they are: the forms above need a conversion, which would lose against an operator of the reference,
+// or be one of two.
+template <std::derived_from<Value> T, std::derived_from<Value> U>
+Expression equal(qv::Reference<T> const & left, qv::Reference<U> const & right) {
+    return invokeEqual(left, right);
+}
 template <std::derived_from<Value> T, std::derived_from<Value> U>
 Expression operator==(qv::Reference<T> const & left, qv::Reference<U> const & right) {
     return invokeEqual(left, right);

@@ -22,8 +22,8 @@ namespace qvPlg {
 // Everything of one query belongs to one thread at a time: values are counted and bound without locks.
 class QV_EXPORT Query {
 public:
-    // How deep rules may stand inside one another. The depth costs memory, some 500 bytes a level for small rules, and
-    // none of the thread's stack.
+    // How deep rules may stand inside one another. The depth costs memory, some 700 bytes for each goal of a rule's
+    // body, and none of the thread's stack.
     static constexpr int maxRuleDepth = 250000;
 
     explicit Query(Expression expression);

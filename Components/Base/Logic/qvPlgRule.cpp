@@ -1,5 +1,9 @@
 #include "Base/Logic/qvPlgRule.h"
 
+#include <algorithm>
+#include <climits>
+#include <cstdint>
+
 namespace qvPlg {
 
 Rule::Rule(qvString::CString const & predicate, int arity, Function function)
@@ -13,7 +17,7 @@ int compare(Rule const & a, Rule const & b) {
     if (int const order = a.predicate().compare(b.predicate()))
         return order;
     if (a.arity() != b.arity())
-        return a.arity() < b.arity() ? -1 : 1;
+        return int(std::clamp<std::int64_t>(std::int64_t{a.arity()} - b.arity(), INT_MIN, INT_MAX));
     return 1;
 }
 
