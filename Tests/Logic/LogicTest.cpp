@@ -91,7 +91,7 @@ TEST(LogicFact, OrderOfValuesAndFacts) {
     EXPECT_TRUE(Fact("p", Values()).allValuesBound());
     EXPECT_THAT([] { Fact("p", number(1), qv::Reference<Value>()); },
                 ThrowsError(1, "qvPlg::Fact: argument 2 of p is missing"));
-    EXPECT_THAT([] { variable() == Number(); }, ThrowsError(1, "qvPlg: an operand of == is missing"));
+    EXPECT_THAT([] { equal(variable(), Number()); }, ThrowsError(1, "qvPlg: an operand of == is missing"));
 }
 
 TEST(LogicDatabase, SetsPrintsAndCutsOutRanges) {
