@@ -4,7 +4,9 @@ include_guard(GLOBAL)
 
 # Flags of the project's own code. -fshort-wchar is no part of it: it comes to clients and to us with the library.
 add_library(qvbase_flags INTERFACE)
+# A product and a sum are never fused, so that geometry has the same bits on every machine.
 target_compile_options(qvbase_flags INTERFACE
+    -ffp-contract=off
     -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wcast-qual -Wold-style-cast
     -Wnon-virtual-dtor -Woverloaded-virtual -Wformat=2 -Wno-format-nonliteral -Wundef
     $<$<BOOL:${QVBASE_WARNINGS_AS_ERRORS}>:-Werror>)

@@ -51,10 +51,10 @@ public:
             document_.materialLibraries.append(CString(library));
         }
         context_.nextChunk();
-        readSizeOf(document_.positions);
+        readSizeOfValues(document_.positions);
         readSizeOf(document_.weights);
-        readSizeOf(document_.textureCoordinates);
-        readSizeOf(document_.normals);
+        readSizeOfValues(document_.textureCoordinates);
+        readSizeOfValues(document_.normals);
         context_.nextChunk();
         readPointer(document_.firstMesh, Kind::mesh);
         readPointer(document_.firstMaterial, Kind::material);
@@ -178,8 +178,20 @@ private:
     void readSizeOf(qv::vector<T> & array) {
         int const count = readCount();
         array.setSize(count);
-        parcels_ += count / ioMaxParcelElements + (count % ioMaxParcelElements != 0);
+        expectParcels(count);
     }
+
+    // The file counts numbers.
+    template <class Value>
+    void readSizeOfValues(qv::vector<Value> & values) {
+        int const count = readCount();
+        if (count % numbersPerValue != 0)
+            return context_.badPacket();
+        values.setSize(count / numbersPerValue);
+        expectParcels(count);
+    }
+
+    void expectParcels(int count) { parcels_ += count / ioMaxParcelElements + (count % ioMaxParcelElements != 0); }
 
     template <class Owner, class T>
     void readParcel(qv::vector<T> Owner::*array) {
@@ -187,7 +199,10 @@ private:
         if (kindOf(owner) != (std::is_same_v<Owner, Document> ? Kind::document : Kind::group))
             return context_.badPacket();
         qv::vector<T> & elements = static_cast<Owner *>(owner)->*array;
-        ioReadArrayParcel(context_, elements.data(), elements.size());
+        if constexpr (std::is_arithmetic_v<T>)
+            ioReadArrayParcel(context_, elements.data(), elements.size());
+        else
+            ioReadArrayParcel(context_, numbersOf(elements), elements.size() * numbersPerValue);
         --parcels_;
     }
 

@@ -32,10 +32,10 @@ public:
 
     void write(Document const & document) {
         writeRoot(document);
-        writeArray(packets::positions, &document, document.positions);
+        writeValues(packets::positions, &document, document.positions);
         writeArray(packets::weights, &document, document.weights);
-        writeArray(packets::textureCoordinates, &document, document.textureCoordinates);
-        writeArray(packets::normals, &document, document.normals);
+        writeValues(packets::textureCoordinates, &document, document.textureCoordinates);
+        writeValues(packets::normals, &document, document.normals);
         for (Mesh const * mesh = document.firstMesh; mesh; mesh = mesh->next) {
             writeMesh(*mesh);
             for (Group const * group = mesh->firstGroup; group; group = group->next)
@@ -60,10 +60,10 @@ private:
         for (qvString::CString const & library : document.materialLibraries)
             context_.writeCString(library.asChar());
         context_.startChunk();
-        context_.writeInt(document.positions.size());
+        context_.writeInt(document.positions.size() * numbersPerValue);
         context_.writeInt(document.weights.size());
-        context_.writeInt(document.textureCoordinates.size());
-        context_.writeInt(document.normals.size());
+        context_.writeInt(document.textureCoordinates.size() * numbersPerValue);
+        context_.writeInt(document.normals.size() * numbersPerValue);
         context_.startChunk();
         context_.writeReference(document.firstMesh, false);
         context_.writeReference(document.firstMaterial, false);
@@ -116,6 +116,11 @@ private:
     template <class T>
     void writeArray(char const * type, void const * owner, qv::vector<T> const & array) {
         ioWriteLargeArray(context_, type, owner, array.size(), array.data());
+    }
+
+    template <class Value>
+    void writeValues(char const * type, void const * owner, qv::vector<Value> const & values) {
+        ioWriteLargeArray(context_, type, owner, values.size() * numbersPerValue, numbersOf(values));
     }
 
     ioWriteContext & context_;

@@ -4,6 +4,7 @@
 #include "Base/Containers/qvPair.h"
 #include "Base/Containers/qvSet.h"
 
+#include <algorithm>
 #include <bit>
 #include <charconv>
 #include <cstdint>
@@ -40,10 +41,7 @@ private:
     }
 
     void checkArrays() {
-        require(document_.positions.size() % 3 == 0, "a position is incomplete");
-        require(document_.textureCoordinates.size() % 3 == 0, "a texture coordinate is incomplete");
-        require(document_.normals.size() % 3 == 0, "a normal is incomplete");
-        require(document_.weights.empty() || document_.weights.size() == document_.positions.size() / 3,
+        require(document_.weights.empty() || document_.weights.size() == document_.positions.size(),
                 "weights do not fit the positions");
     }
 
@@ -88,8 +86,8 @@ private:
             corners += size;
         }
         require(corners * numbersPerCorner == group.corners.size(), "corners do not fit the faces");
-        int const limits[numbersPerCorner] = {document_.positions.size() / 3, document_.textureCoordinates.size() / 3,
-                                              document_.normals.size() / 3};
+        int const limits[numbersPerCorner] = {document_.positions.size(), document_.textureCoordinates.size(),
+                                              document_.normals.size()};
         for (int i = 0; i < group.corners.size(); ++i) {
             int const kind = i % numbersPerCorner;
             int const index = group.corners[i];
@@ -169,10 +167,11 @@ private:
         for (auto i = a.materialLibraries.begin(), j = b.materialLibraries.begin();
              i != a.materialLibraries.end() && j != b.materialLibraries.end(); ++i, ++j)
             require(*i == *j, "a material library");
-        compareNumbers(a.positions, b.positions, 16, "positions");
-        compareNumbers(a.weights, b.weights, 16, "weights");
-        compareNumbers(a.textureCoordinates, b.textureCoordinates, 7, "texture coordinates");
-        compareNumbers(a.normals, b.normals, 16, "normals");
+        compareValues(a.positions, b.positions, 16, "positions");
+        require(a.weights.size() == b.weights.size(), "weights");
+        compareNumbers(a.weights.data(), b.weights.data(), std::min(a.weights.size(), b.weights.size()), 16, "weights");
+        compareValues(a.textureCoordinates, b.textureCoordinates, 7, "texture coordinates");
+        compareValues(a.normals, b.normals, 16, "normals");
         require(a.meshes.size() == b.meshes.size(), "the number of meshes");
         require(a.groups.size() == b.groups.size(), "the number of groups");
         require(a.materials.size() == b.materials.size(), "the number of materials");
@@ -210,12 +209,17 @@ private:
             match(a.users[i], b.users[i], "a user of a material");
     }
 
+    template <class Value>
+    void compareValues(qv::vector<Value> const & a, qv::vector<Value> const & b, int digits, char const * what) {
+        require(a.size() == b.size(), what);
+        std::int64_t const count = numbersPerValue * std::int64_t{std::min(a.size(), b.size())};
+        compareNumbers(numbersOf(a), numbersOf(b), count, digits, what);
+    }
+
     template <class T>
-    void compareNumbers(qv::vector<T> const & a, qv::vector<T> const & b, int digits, char const * what) {
+    void compareNumbers(T const * a, T const * b, std::int64_t count, int digits, char const * what) {
         using Bits = std::conditional_t<sizeof(T) == 8, std::uint64_t, std::uint32_t>;
-        if (a.size() != b.size())
-            return require(false, what);
-        for (int i = 0; i < a.size(); ++i) {
+        for (std::int64_t i = 0; i < count; ++i) {
             T const expected = exactness_ == Exactness::bits ? a[i] : throughText(a[i], digits);
             if (std::bit_cast<Bits>(expected) != std::bit_cast<Bits>(b[i]))
                 return require(false, what);

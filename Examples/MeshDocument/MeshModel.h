@@ -5,6 +5,9 @@
 
 #include "Base/Containers/qvList.h"
 #include "Base/Containers/qvVector.h"
+#include "Base/Linear/qvLinearPoint.h"
+#include "Base/Linear/qvLinearPointFlt.h"
+#include "Base/Linear/qvLinearVector.h"
 #include "Base/Strings/qvStringCString.h"
 
 namespace mesh {
@@ -56,10 +59,10 @@ struct Document {
 
     qvString::CString name;
     qv::list<qvString::CString> materialLibraries;
-    qv::vector<double> positions;         // x, y, z of each
-    qv::vector<double> weights;           // one for each position, or none at all when they are all 1
-    qv::vector<float> textureCoordinates; // u, v, w of each
-    qv::vector<double> normals;           // x, y, z of each
+    qv::vector<qvLinear::Point> positions;
+    qv::vector<double> weights; // one for each position, or none at all when they are all 1
+    qv::vector<qvLinear::PointFlt> textureCoordinates;
+    qv::vector<qvLinear::Vector> normals; // of the length that they were given
     Mesh * firstMesh = nullptr;
     Material * firstMaterial = nullptr;
 
@@ -67,6 +70,17 @@ struct Document {
     qv::list<Group> groups;
     qv::list<Material> materials;
 };
+
+// The numbers of points or vectors, one value behind the other, as files hold them.
+inline constexpr int numbersPerValue = 3;
+template <class Value>
+typename Value::Element * numbersOf(qv::vector<Value> & values) {
+    return reinterpret_cast<typename Value::Element *>(values.data());
+}
+template <class Value>
+typename Value::Element const * numbersOf(qv::vector<Value> const & values) {
+    return reinterpret_cast<typename Value::Element const *>(values.data());
+}
 
 // Whether the document is sound: every object hangs in exactly one chain, each points back at its owner, runs of
 // materials and corners fit the faces, and indices lie in the arrays. Gives what is wrong, empty when nothing is.

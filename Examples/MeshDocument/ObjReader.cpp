@@ -218,6 +218,14 @@ int ObjReader::readNumbers(Words & words, Number * numbers, int most) {
     return count;
 }
 
+// A file of the document counts numbers, in an int.
+template <class Value>
+void ObjReader::append(qv::vector<Value> & values, Value const & value) {
+    if (values.size() >= INT_MAX / numbersPerValue)
+        return fail("there are too many coordinates");
+    values.append(value);
+}
+
 // With a weight, or with three parts of a colour, which the document has no room for.
 void ObjReader::readPosition(Words & words) {
     double numbers[6];
@@ -228,11 +236,10 @@ void ObjReader::readPosition(Words & words) {
         return fail("a position has 3, 4 or 6 numbers");
     double const weight = count == 4 ? numbers[3] : 1;
     if (weight != 1 && document_.weights.empty())
-        document_.weights.setSize(document_.positions.size() / 3, 1.0);
+        document_.weights.setSize(document_.positions.size(), 1.0);
     if (weight != 1 || !document_.weights.empty())
         document_.weights.append(weight);
-    for (int i = 0; i < 3; ++i)
-        document_.positions.append(numbers[i]);
+    append(document_.positions, qvLinear::Point(numbers));
 }
 
 void ObjReader::readTextureCoordinate(Words & words) {
@@ -242,8 +249,7 @@ void ObjReader::readTextureCoordinate(Words & words) {
         return;
     if (count < 1 || count > 3)
         return fail("a texture coordinate has 1 to 3 numbers");
-    for (float number : numbers)
-        document_.textureCoordinates.append(number);
+    append(document_.textureCoordinates, qvLinear::PointFlt(numbers));
 }
 
 void ObjReader::readNormal(Words & words) {
@@ -253,8 +259,7 @@ void ObjReader::readNormal(Words & words) {
         return;
     if (count != 3)
         return fail("a normal has 3 numbers");
-    for (double number : numbers)
-        document_.normals.append(number);
+    append(document_.normals, qvLinear::Vector(numbers));
 }
 
 // ---- Faces
@@ -262,11 +267,11 @@ void ObjReader::readNormal(Words & words) {
 std::int64_t ObjReader::countOf(Kind kind) const {
     switch (kind) {
     case position:
-        return document_.positions.size() / 3;
+        return document_.positions.size();
     case texture:
-        return document_.textureCoordinates.size() / 3;
+        return document_.textureCoordinates.size();
     default:
-        return document_.normals.size() / 3;
+        return document_.normals.size();
     }
 }
 

@@ -59,6 +59,8 @@ private:
     int readNumbers(Words & words, Number * numbers, int most);
     template <class Number>
     bool readNumber(std::string_view word, Number & number);
+    template <class Value>
+    void append(qv::vector<Value> & values, Value const & value);
     void checkAheadIndexes();
 
     void beginMesh(std::string_view name);

@@ -63,8 +63,8 @@ void readObjFile(char const * name, mesh::Document & document) {
     if (!isRead)
         throw Failure(std::string(name) + ":" + std::to_string(reader.line()) + ": " + reader.problem().asChar());
     std::printf("%s: %d meshes, %d groups, %d materials, %d positions; %lld statements skipped\n", name,
-                document.meshes.size(), document.groups.size(), document.materials.size(),
-                document.positions.size() / 3, static_cast<long long>(reader.skippedStatements()));
+                document.meshes.size(), document.groups.size(), document.materials.size(), document.positions.size(),
+                static_cast<long long>(reader.skippedStatements()));
 }
 
 // A file under another name until it is whole; what is left of it goes when it never is.

@@ -21,10 +21,10 @@ TEST(MeshModel, EveryDifferenceIsFound) {
         {"difference in the document's name", [](Document & d) { d.name.append('x'); }},
         {"difference in a material library", [](Document & d) { d.materialLibraries.front().append('x'); }},
         {"difference in the number of material libraries", [](Document & d) { d.materialLibraries.append("x"); }},
-        {"difference in positions", [](Document & d) { d.positions[0] = -0.0; }},
+        {"difference in positions", [](Document & d) { d.positions[0].x = -0.0; }},
         {"difference in weights", [](Document & d) { d.weights[1] = std::nextafter(0.5, 1.0); }},
-        {"difference in texture coordinates", [](Document & d) { d.textureCoordinates[3] = std::nextafterf(1, 0); }},
-        {"difference in normals", [](Document & d) { d.normals.append(1); }},
+        {"difference in texture coordinates", [](Document & d) { d.textureCoordinates[1].x = std::nextafterf(1, 0); }},
+        {"difference in normals", [](Document & d) { d.normals.append(qvLinear::Vector::x); }},
         {"difference in the number of groups", [](Document & d) { d.groups.emplace_back(); }},
         {"difference in the first mesh", [](Document & d) { d.firstMesh = nullptr; }},
         {"difference in the next mesh", [](Document & d) { d.firstMesh->next = d.firstMesh; }},
@@ -62,19 +62,18 @@ TEST(MeshModel, EveryDifferenceIsFound) {
 TEST(MeshModel, NumbersMayGoThroughTheirTexts) {
     Document original, copy;
     double const third = 1.0 / 3;
-    original.positions = {third, 0.1, -0.0, 1e300};
-    original.textureCoordinates = {1.0F / 3};
-    copy.positions = {0.3333333333333333, 0.1, -0.0, 1e300};
-    copy.textureCoordinates = {0.3333333F};
+    original.positions = {{third, 0.1, -0.0}, {1e300, 0, 0}};
+    original.textureCoordinates = {{1.0F / 3, 0, 0}};
+    copy.positions = {{0.3333333333333333, 0.1, -0.0}, {1e300, 0, 0}};
+    copy.textureCoordinates = {{0.3333333F, 0, 0}};
     EXPECT_EQ(compareDocuments(original, copy, Exactness::decimalText), "");
     EXPECT_EQ(compareDocuments(original, copy, Exactness::bits), "difference in texture coordinates");
-    copy.positions[0] = 0.333333333333333;
+    copy.positions[0].x = 0.333333333333333;
     EXPECT_EQ(compareDocuments(original, copy, Exactness::decimalText), "difference in positions");
 }
 
 TEST(MeshModel, EveryFaultIsFound) {
     std::vector<Change> const changes = {
-        {"a position is incomplete", [](Document & d) { d.positions.eraseBack(); }},
         {"weights do not fit the positions", [](Document & d) { d.weights.eraseBack(); }},
         {"materials are not in one chain", [](Document & d) { d.materials.back().next = d.firstMaterial; }},
         {"materials are not in one chain", [](Document & d) { d.firstMaterial = d.firstMaterial->next; }},

@@ -10,7 +10,7 @@ using namespace std::string_literals;
 TEST(ObjReader, BuildsTheGraph) {
     Document d;
     meshTest::expectObj(meshTest::smallObj, d);
-    EXPECT_EQ(d.positions, (qv::vector<double>{0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0}));
+    EXPECT_EQ(d.positions, (qv::vector<qvLinear::Point>{{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}}));
     EXPECT_EQ(d.weights, (qv::vector<double>{1, 0.5, 1, 1}));
     EXPECT_EQ(d.materialLibraries, (qv::list<qvString::CString>{"a.mtl"}));
     ASSERT_EQ(d.meshes.size(), 2);
@@ -110,8 +110,8 @@ TEST(ObjReader, AWrongFileIsRefusedWithLineAndReason) {
     // What is too small for its type is 0 and no mistake.
     Document document;
     meshTest::expectObj("v 1e-400 -1e-400 1e-320\nvt 1e-60\n", document);
-    EXPECT_EQ(document.positions, (qv::vector<double>{0, 0, 1e-320}));
-    EXPECT_EQ(document.textureCoordinates[0], 0);
+    EXPECT_EQ(document.positions, (qv::vector<qvLinear::Point>{{0, 0, 1e-320}}));
+    EXPECT_EQ(document.textureCoordinates[0].x, 0);
 }
 
 // One statement of many megabytes, and many statements in one line's place.

@@ -91,7 +91,7 @@ TEST_F(QvPackage, WhatAPackageCannotHoldIsToldAndLeftOut) {
     Outcome const outcome = run("add p s missing C:drive other/good s/good");
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.err,
-                            "qvpackage: s/back\\slash: its name would be stored as another one\n"
+              "qvpackage: s/back\\slash: its name would be stored as another one\n"
               "qvpackage: s/bad\\xFF: its name is not UTF-8\n"
               "qvpackage: s/cycle: a link to a directory is not followed\n"
               "qvpackage: s/dangling: a link that leads to nothing\n"

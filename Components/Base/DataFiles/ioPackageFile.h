@@ -144,6 +144,7 @@ private:
     QV_NO_EXPORT void joinEntries(int index);
     QV_NO_EXPORT void freeEntry(int index);
     QV_NO_EXPORT void insertRecord(int index, std::int64_t offset, std::int64_t size);
+    QV_NO_EXPORT void movePlaces(int index, int by);
     QV_NO_EXPORT bool enterName(int index, qvString::IString const & name);
     QV_NO_EXPORT char const * findFault(std::int64_t end) const;
 

@@ -80,17 +80,13 @@ int ioBufferCompress::readBlock(char * bytes, int count) {
         return 0;
     }
     int const delivered = decoder_->decode(bytes, count, *next());
-    if (decoder_->state() == ioLzwDecoder::State::refused) {
-        setStatus(ioBufferFailed);
-    } else if (delivered > 0) {
-        promoteStatus(ioBufferEnds::ignored);
-    } else if (decoder_->state() == ioLzwDecoder::State::ended) {
+    if (delivered == 0 && decoder_->state() == ioLzwDecoder::State::ended) {
         setStatus(ioBufferCompressEnd);
-    } else if (decoder_->state() == ioLzwDecoder::State::cut) {
-        promoteStatus(ioBufferEnds::ignored);
-        if (good()) {
-            setStatus(ioBufferFailed); // a sound stream has its end code
-        }
+        return 0;
+    }
+    promoteStatus(ioBufferEnds::ignored);
+    if (delivered == 0 && good()) {
+        setStatus(ioBufferFailed); // no end of the data below is one: a sound stream has its end code
     }
     return delivered;
 }

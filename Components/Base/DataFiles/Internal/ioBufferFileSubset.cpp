@@ -25,14 +25,18 @@ void ioBufferFileSubset::open(qvString::IString const & name, std::int64_t start
 
 void ioBufferFileSubset::resume() {
     setStatus(ioBufferGood);
-    seek(0);
+    if (!seek(0)) {
+        setStatus(ioBufferEOF); // the file cannot even be sought there
+    }
 }
 
 bool ioBufferFileSubset::seek(std::int64_t position) {
     forgetBlocks();
     current_ = -1;
     if (position < 0 || position >= size_) {
-        setStatus(ioBufferEOF);
+        if (good()) {
+            setStatus(ioBufferEOF);
+        }
         return false;
     }
     if (!inner_.seek(start_ + position)) {

@@ -14,7 +14,7 @@ public:
     char const * takeInPlace(int count) override;
 
 protected:
-    static constexpr int storageSize = 32 * blockSize;
+    static constexpr int storageSize = 28 * blockSize; // from the heap: larger pieces would be mapped anew each time
     static constexpr int wholeBlocks(int count) { return count - count % blockSize; }
 
     virtual bool canReadAhead() const = 0;

@@ -9,11 +9,9 @@
 
 namespace {
 
-// Where the list of a string begins. With the home, either of the two gives the other. The last bit is there to make
-// the lists shorter.
-unsigned homeOf(unsigned parent, unsigned byte) { return (byte << 8 ^ parent) << 1 | (byte & 1); }
-
-unsigned byteOf(unsigned home, unsigned parent) { return (home >> 1 ^ parent) >> 8; }
+// Where the list of a string begins. The home and the parent together belong to one byte only. The factor spreads the
+// bytes of text, which are all of one kind; it is measured.
+unsigned homeOf(unsigned parent, unsigned byte) { return parent ^ (byte * 0x9D01 & 0xFFFF); }
 
 // What the slots of the defining table hold, and the slot that is tried first.
 unsigned keyOf(unsigned parent, unsigned byte) { return byte << 16 | parent; }
@@ -47,7 +45,7 @@ void ioLzwEncoder::Slots::clear() {
     zeroSlot_ = -1;
 }
 
-bool ioLzwEncoder::Slots::store(unsigned key) {
+void ioLzwEncoder::Slots::store(unsigned key) {
     int slot = slotOf(key);
     if (isAboveZero(slot) || slot == zeroSlot_) {
         int const step = slot == 0 ? 1 : numSlots - slot;
@@ -60,14 +58,12 @@ bool ioLzwEncoder::Slots::store(unsigned key) {
     }
     if (key == 0) {
         zeroSlot_ = slot;
-        return false;
+        return;
     }
     used_[slot / 64] |= std::uint64_t{1} << (slot % 64);
-    bool const takesZero = slot == zeroSlot_;
-    if (takesZero) {
+    if (slot == zeroSlot_) {
         zeroSlot_ = -1;
     }
-    return takesZero;
 }
 
 // --- strings
@@ -78,46 +74,45 @@ std::unique_ptr<ioLzwEncoder> ioLzwEncoder::make() {
 
 // The strings are left as they are: one is written before it can be reached.
 ioLzwEncoder::ioLzwEncoder() : outputEnd_(output_) {
-    std::memset(homes_, 0, sizeof homes_);
+    clearStrings();
     std::copy(std::begin(ioLzw::header), std::end(ioLzw::header), outputEnd_);
     outputEnd_ += ioLzw::headerSize;
 }
 
 void ioLzwEncoder::clearStrings() {
-    std::memset(homes_, 0, sizeof homes_);
+    std::fill(std::begin(homes_), std::end(homes_), emptyHome);
     nextFree_ = ioLzw::firstFreeCode;
-    slotsFollowed_ = false;
+    twoZeros_ = noCode;
+    followed_ = ioLzw::firstFreeCode;
 }
 
-void ioLzwEncoder::add(unsigned home, unsigned parent) {
-    if (parent == 0 && home == 0 && !slotsFollowed_) {
-        followSlots();
+bool ioLzwEncoder::knowsTwoZeros() {
+    if (twoZeros_ == noCode) {
+        return false;
     }
-    unsigned const byte = byteOf(home, parent);
-    if (slotsFollowed_ && slots_.store(keyOf(parent, byte))) {
-        forgetTwoZeros();
+    if (followed_ == ioLzw::firstFreeCode) {
+        slots_.clear();
     }
-    lastBytes_[nextFree_] = static_cast<unsigned char>(byte);
-    strings_[nextFree_] = {static_cast<std::uint16_t>(parent), homes_[home]};
-    homes_[home] = static_cast<std::uint16_t>(nextFree_);
+    for (; followed_ < nextFree_; ++followed_) {
+        slots_.store(keyOf(strings_[followed_].parent, lastBytes_[followed_]));
+    }
+    return slots_.hasTwoZeros();
+}
+
+// A new string goes to the end of its list: the older, the shorter and the more often met. `last` is where the search
+// has ended.
+void ioLzwEncoder::add(unsigned home, unsigned parent, unsigned byte, unsigned last) {
+    auto const code = static_cast<std::uint16_t>(nextFree_);
+    strings_[code] = {static_cast<std::uint16_t>(parent), endOfList};
+    lastBytes_[code] = static_cast<unsigned char>(byte);
     ++nextFree_;
-}
-
-// Stores what is known so far in the order in which it came.
-void ioLzwEncoder::followSlots() {
-    slotsFollowed_ = true;
-    slots_.clear();
-    for (int code = ioLzw::firstFreeCode; code < nextFree_; ++code) {
-        slots_.store(keyOf(strings_[code].parent, lastBytes_[code]));
+    if (keyOf(parent, byte) == 0) {
+        twoZeros_ = code;
+    } else if (last == endOfList) {
+        homes_[home] = {static_cast<std::uint16_t>(parent), code};
+    } else {
+        strings_[last].next = code;
     }
-}
-
-void ioLzwEncoder::forgetTwoZeros() {
-    std::uint16_t * link = &homes_[homeOf(0, 0)];
-    while (strings_[*link].parent != 0) {
-        link = &strings_[*link].next;
-    }
-    *link = strings_[*link].next;
 }
 
 void ioLzwEncoder::encode(char const * bytes, int count) {
@@ -131,17 +126,28 @@ void ioLzwEncoder::encode(char const * bytes, int count) {
     while (at != end) {
         unsigned const byte = *at++;
         unsigned const home = homeOf(current, byte);
-        unsigned code = homes_[home];
-        while (code != 0 && strings_[code].parent != current) {
+        Home const first = homes_[home];
+        if (first.parent == current) {
+            current = first.code;
+            continue;
+        }
+        unsigned last = endOfList;
+        unsigned code = first.code;
+        while (code != endOfList && strings_[code].parent != current) {
+            last = code;
             code = strings_[code].next;
         }
-        if (code != 0) {
+        if (code != endOfList) {
             current = code;
+            continue;
+        }
+        if (keyOf(current, byte) == 0 && knowsTwoZeros()) {
+            current = static_cast<unsigned>(twoZeros_);
             continue;
         }
         put(static_cast<int>(current));
         if (nextFree_ < ioLzw::codeLimit) {
-            add(home, current);
+            add(home, current, byte, last);
         } else if (inputAtEnd - (end - at) >= checkpoint_) {
             testRatio(inputAtEnd - (end - at));
         }

@@ -11,8 +11,8 @@
 // The bytes of the stream gather in output(), from where the caller takes them after each call.
 //
 // The strings seen are kept in lists that are reached by a hash of (string, next byte). Which strings are known, and
-// with it the stream, is defined by a table of another kind, of 69001 slots with double hashing: they agree but for one
-// string, see Slots.
+// with it the stream, is defined by a table of another kind, of 69001 slots with double hashing: they agree but for the
+// string of two zero bytes, see Slots.
 class ioLzwEncoder {
 public:
     static constexpr int maxInput = 4096;
@@ -30,21 +30,26 @@ public:
     void takeOutput() { outputEnd_ = output_; }
 
 private:
-    // A string is its parent with one byte more. Lists end with 0, which is no string's code.
+    // A string is its parent with one byte more. Lists end with 0, which is no code of a longer string.
     struct String {
         std::uint16_t parent;
         std::uint16_t next;
     };
 
+    // The first string of a list: its code and its parent together, so that most searches end where they begin.
+    struct Home {
+        std::uint16_t parent;
+        std::uint16_t code;
+    };
+
     // The slots of the defining table, without what is in them. A slot counts as free there when its key is not above
-    // 0, and two zero bytes in a row have key 0: a later string whose search ends at that slot takes it over, and the
-    // two zeros are forgotten. Nothing else depends on slots, so they are followed from when key 0 is stored until all
-    // strings are cleared.
+    // 0, and two zero bytes have key 0: a later string whose search ends at that slot takes it over, and the two zeros
+    // are forgotten. Nothing else depends on slots.
     class Slots {
     public:
         void clear();
-        // Stores a key. True when it has taken the slot of key 0.
-        bool store(unsigned key);
+        void store(unsigned key);
+        bool hasTwoZeros() const { return zeroSlot_ >= 0; }
 
     private:
         static constexpr int numSlots = 69001;
@@ -54,17 +59,21 @@ private:
         int zeroSlot_;
     };
 
+    friend struct ioLzwEncoderCounters; // tests
+
     ioLzwEncoder();
-    void add(unsigned home, unsigned parent);
-    void followSlots();
-    void forgetTwoZeros();
+    bool knowsTwoZeros();
+    void add(unsigned home, unsigned parent, unsigned byte, unsigned last);
     void testRatio(std::int64_t input);
     void clearStrings();
     void put(int code);
     void writeGroup();
 
-    static constexpr int numHomes = 131072;
+    static constexpr int numHomes = 65536;
     static constexpr int noCode = -1;
+    static constexpr std::uint16_t endOfList = 0;
+    // Nothing has the end code for its parent.
+    static constexpr Home emptyHome{ioLzw::endCode, endOfList};
     static constexpr int checkInterval = 10000;
 
     // Codes of two bytes at most for each byte of input, a clear code, and a padded group for each width.
@@ -74,7 +83,10 @@ private:
     int nextFree_ = ioLzw::firstFreeCode;
     ioLzw::Width width_;
     bool clearing_ = false;
-    bool slotsFollowed_ = false;
+    // The two zeros stand in no list. Whether their last code is forgotten is worked out when it is asked for, from the
+    // codes behind those that the slots have been told.
+    int twoZeros_ = noCode;
+    int followed_ = ioLzw::firstFreeCode;
     std::int64_t input_ = 0;
     std::int64_t outputBytes_ = 0; // of full groups
     std::int64_t checkpoint_ = checkInterval;
@@ -84,7 +96,7 @@ private:
     char * outputEnd_;
     char output_[outputCapacity];
     Slots slots_;
-    std::uint16_t homes_[numHomes];
+    Home homes_[numHomes];
     String strings_[ioLzw::codeLimit];
     unsigned char lastBytes_[ioLzw::codeLimit];
 };

@@ -369,7 +369,8 @@ Error ioPackageFile::extractEntry(ioPackageFileEntry const * entry, IString cons
     Target target(file);
     if (!target.open(packageName_))
         return Error(2, L"Can not create file: %S", file.asWChar());
-    Block const block(entry->getCompressed() ? INT64_MAX - 1 : entry->getSize());
+    // What unpacks is several times as much.
+    Block const block(entry->getCompressed() ? std::min(entry->getSize(), std::int64_t{16384}) * 4 : entry->getSize());
     std::int64_t written = 0;
     while (target.stream().good()) {
         int const count = input.readData(block.get(), block.size());

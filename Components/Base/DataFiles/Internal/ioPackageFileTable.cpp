@@ -3,7 +3,6 @@
 
 #include "Base/DataFiles/ioPackageFile.h"
 
-#include <algorithm>
 #include <utility>
 
 using qvString::IString;
@@ -117,7 +116,14 @@ bool ioPackageFile::enterName(int index, IString const & name) {
     return isNew;
 }
 
-// A record without a name in front of another one; the names behind it follow.
+// The names of the records from a place on follow them.
+void ioPackageFile::movePlaces(int index, int by) {
+    for (; index < places_.size(); ++index)
+        if (places_[index] != nullptr)
+            *places_[index] += by;
+}
+
+// A record without a name in front of another one.
 void ioPackageFile::insertRecord(int index, std::int64_t offset, std::int64_t size) {
     ioPackageFileEntry record(this);
     record.offset_ = offset;
@@ -129,9 +135,7 @@ void ioPackageFile::insertRecord(int index, std::int64_t offset, std::int64_t si
         places_.erase(places_.begin() + index);
         throw;
     }
-    for (int * const place : std::ranges::subrange(places_.begin() + index + 1, places_.end()))
-        if (place != nullptr)
-            ++*place;
+    movePlaces(index + 1, 1);
     dirty_ = true;
 }
 
@@ -167,9 +171,7 @@ void ioPackageFile::joinEntries(int index) {
     entries_[index].size_ += entries_[index + 1].size_;
     entries_.erase(entries_.begin() + index + 1);
     places_.erase(places_.begin() + index + 1);
-    for (int * const place : std::ranges::subrange(places_.begin() + index + 1, places_.end()))
-        if (place != nullptr)
-            --*place;
+    movePlaces(index + 1, -1);
     --freeCount_;
     dirty_ = true;
 }

@@ -13,7 +13,7 @@
 //
 // They are destroyed in the reverse order. No object may use one that follows it, nor what `initializeAll` sets up.
 // What a constant expression can make stands with its subsystem instead and is there before any code has run: so are
-// the lists of `qvUtil::Initializer`, 11 and 14.
+// the lists of `qvUtil::Initializer`, 11, 13 and 14.
 
 #include "Base/Utility/Internal/LoadTime.h"
 

@@ -1,0 +1,105 @@
+#include "LinearSupport.h"
+
+#include "Base/Linear/qvLinearQuaternion.h"
+#include "Base/Linear/qvLinearRotation.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace qvLinear;
+using namespace qvTest;
+
+AffineMatrix matrixOf(Quaternion const & q) {
+    AffineMatrix matrix;
+    q.getMatrix(matrix);
+    return matrix;
+}
+
+TEST(Quaternion, IsTheRotationOfItsMatrix) {
+    RandomNumbers random;
+    for (int i = 0; i < 2000; ++i) {
+        Normal const axis = random.normal();
+        double const turn = random.real();
+        Quaternion const q(turn, axis);
+        Quaternion const r(random.real(), random.normal());
+        Vector const v = random.vector();
+        EXPECT_TRUE(equivalent(matrixOf(q), AffineMatrix(1.0).rotate(turn, axis), 1e-14));
+        EXPECT_TRUE(equivalent(v * q, rotate(v, axis, turn), 1e-13));
+        EXPECT_TRUE(equivalent(v * (q * r), v * q * r, 1e-13));
+        EXPECT_TRUE(equivalent(matrixOf(q * r), matrixOf(q) * matrixOf(r), 1e-14));
+        EXPECT_TRUE(equivalent(q * q.conjugate(), Quaternion(0, 0, 0, 1), 1e-15));
+        EXPECT_TRUE(equivalent((3 * q).inverse() * (3 * q), Quaternion(0, 0, 0, 1), 1e-14));
+
+        double angleBack = -1;
+        Normal axisBack;
+        if (q.getAngleAxis(angleBack, axisBack)) {
+            EXPECT_TRUE(0 <= angleBack && angleBack <= 2 * pi + 1e-12);
+            EXPECT_TRUE(equivalent(matrixOf(Quaternion(angleBack, axisBack)), matrixOf(q), 1e-7));
+        }
+    }
+    double turn = 7;
+    Normal axis;
+    EXPECT_FALSE(Quaternion(0, 0, 0, 1).getAngleAxis(turn, axis));
+    EXPECT_TRUE(turn == 0 && axis == Normal::x);
+    Quaternion zero(0, 0, 0, 0);
+    zero.normalize();
+    EXPECT_TRUE(std::isnan(zero.w));
+    EXPECT_TRUE(isSame((Quaternion(1, 0, 0, 0) / 3).x, 1 * (1 / 3.0)));
+}
+
+TEST(Quaternion, ComesBackFromItsFrame) {
+    // Turns of nearly pi about each axis reach every way of dividing.
+    RandomNumbers random;
+    for (int i = 0; i < 2000; ++i) {
+        Vector const near = i % 4 == 0 ? Vector::x : i % 4 == 1 ? Vector::y : Vector::z;
+        Normal const axis = i % 4 == 3 ? random.normal() : Normal(near + random.vector() * 0.01);
+        Quaternion const q(i % 4 == 3 ? random.real() : pi + random.real() * 0.01, axis);
+        Normal a, b, c;
+        q.getFrame(a, b, c);
+        Quaternion back;
+        back.setFrame(a, b, c);
+        EXPECT_TRUE(equivalent(back, dot(back, q) < 0 ? -q : q, 1e-12)) << q << back;
+    }
+    struct {
+        Normal a, b, c;
+        Quaternion expected;
+    } const rows[] = {
+        {Normal::x, Normal::y, Normal::z, {0, 0, 0, 1}},         {Normal::x, -Normal::y, -Normal::z, {1, 0, 0, 0}},
+        {-Normal::x, Normal::y, -Normal::z, {0, 1, 0, 0}},       {-Normal::x, -Normal::y, Normal::z, {0, 0, 1, 0}},
+        {Normal::y, Normal::z, Normal::x, {0.5, 0.5, 0.5, 0.5}}, // a trace of 0: the last way, by ties
+    };
+    for (auto const & row : rows) {
+        Quaternion q;
+        q.setFrame(row.a, row.b, row.c);
+        if (dot(q, row.expected) < 0)
+            q = -q;
+        EXPECT_TRUE(equivalent(q, row.expected, 1e-15)) << q;
+    }
+}
+
+TEST(Slerp, TurnsEvenlyTheShorterWay) {
+    RandomNumbers random;
+    for (int i = 0; i < 2000; ++i) {
+        Quaternion const a(random.real(), random.normal());
+        Quaternion b(random.real(), random.normal());
+        if (i % 4 == 0) // nearly the same rotation
+            b = a * Quaternion(1e-8 * random.real(), random.normal());
+        if (i % 8 == 0)
+            b = -b;
+        double const t = random.real() / 20 + 0.5;
+        Quaternion const between = slerp(a, b, t);
+        EXPECT_NEAR(between.length2(), 1, 1e-12);
+        double const whole = 2 * std::acos(std::min(1.0, std::fabs(dot(a, b))));
+        double const part = 2 * std::acos(std::min(1.0, std::fabs(dot(a, between))));
+        EXPECT_NEAR(part, t * whole, 1e-6);
+        EXPECT_NEAR(2 * std::acos(std::min(1.0, std::fabs(dot(between, b)))), (1 - t) * whole, 1e-6);
+        EXPECT_TRUE(equivalent(slerp(a, b, 0), dot(a, b) < 0 ? -a : a, 1e-12));
+        EXPECT_TRUE(equivalent(slerp(a, b, 1), b, 1e-8));
+    }
+    Quaternion const q(1, Normal::y);
+    EXPECT_TRUE(equivalent(slerp(q, -q, 0.5), -q, 1e-15));
+    EXPECT_TRUE(std::isnan(slerp(q, Quaternion(notANumber, 0, 0, 1), 0.5).x));
+}
+
+} // namespace
