@@ -7,13 +7,13 @@
 namespace mesh {
 
 // The group is told what its commands need: when the document dies they are void.
-MovePositions::MovePositions(qvUndo::Group * group, Document & document, int first, int count, Offset offset)
+MovePositions::MovePositions(qvUndo::Group * group, Document & document, int first, int count,
+                             qvLinear::Vector const & offset)
     : Command(group, "move positions"), document_(document), offset_(offset) {
-    int const total = document.positions.size() / 3;
-    int const from = std::clamp(first, 0, total);
-    int const to = from + std::clamp(count, 0, total - from);
-    first_ = 3 * from;
-    before_.assign(document.positions.begin() + first_, document.positions.begin() + 3 * to);
+    int const total = document.positions.size();
+    first_ = std::clamp(first, 0, total);
+    int const last = first_ + std::clamp(count, 0, total - first_);
+    before_.assign(document.positions.begin() + first_, document.positions.begin() + last);
     group->declarePointer(&document);
 }
 
@@ -22,9 +22,8 @@ bool MovePositions::fits() const { return document_.positions.size() - first_ >=
 bool MovePositions::doOperation() {
     if (!fits())
         return false;
-    double const offset[3] = {offset_.x, offset_.y, offset_.z};
     for (int i = 0; i < before_.size(); ++i)
-        document_.positions[first_ + i] = before_[i] + offset[i % 3];
+        document_.positions[first_ + i] = before_[i] + offset_;
     return true;
 }
 
@@ -35,7 +34,7 @@ bool MovePositions::undoOperation() {
     return true;
 }
 
-int MovePositions::getNumBytesUsed() { return int(sizeof(double)) * before_.size(); }
+int MovePositions::getNumBytesUsed() { return int(sizeof(qvLinear::Point)) * before_.size(); }
 
 RenameMesh::RenameMesh(qvUndo::Group * group, Mesh & mesh, qvString::CString const & name)
     : Command(group, "rename mesh"), mesh_(mesh), other_(name) {

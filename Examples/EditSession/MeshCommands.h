@@ -5,6 +5,8 @@
 
 #include "MeshModel.h"
 
+#include "Base/Linear/qvLinearPoint.h"
+#include "Base/Linear/qvLinearVector.h"
 #include "Base/Undo/qvUndoCommand.h"
 
 namespace mesh {
@@ -13,12 +15,8 @@ namespace mesh {
 // bring it back.
 class MovePositions : public qvUndo::Command {
 public:
-    struct Offset {
-        double x, y, z;
-    };
-
     // The positions from `first` on, as many of the `count` as there are.
-    MovePositions(qvUndo::Group * group, Document & document, int first, int count, Offset offset);
+    MovePositions(qvUndo::Group * group, Document & document, int first, int count, qvLinear::Vector const & offset);
 
     bool doOperation() override;
     bool undoOperation() override;
@@ -29,8 +27,8 @@ private:
 
     Document & document_;
     int first_; // number in the array
-    Offset offset_;
-    qv::vector<double> before_;
+    qvLinear::Vector offset_;
+    qv::vector<qvLinear::Point> before_;
 };
 
 // Gives a mesh another name.

@@ -92,7 +92,7 @@ public:
 private:
     int move(char const * what, int first, double height) {
         qvUndo::Group * const group = manager_.newGroup(what, false);
-        auto * const command = new mesh::MovePositions(group, document_, first, 4, {0, 0, height});
+        auto * const command = new mesh::MovePositions(group, document_, first, 4, qvLinear::Vector(0, 0, height));
         expect(command->doIt(), what);
         return group->getID();
     }
