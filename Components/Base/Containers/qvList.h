@@ -290,10 +290,8 @@ public:
     // Moving nodes
 
     using ListImpl::reverse;
-    void swap(list & other) noexcept {
-        ListImpl::swap(other);
-        std::swap(typeUtil_, other.typeUtil_);
-    }
+    // Each keeps its own table of functions: the other's may lie in a module that goes first.
+    void swap(list & other) noexcept { ListImpl::swap(other); }
     friend void swap(list & a, list & b) noexcept { a.swap(b); }
 
     // Take elements out of another list, which may be this one, and put them in front of pos, which must not lie in the
