@@ -1,6 +1,5 @@
-// Header and registry on any bytes: a registry that was read is one that can be written and read again.
+// Header and registry on any bytes: a registry that was read has types in sequence, each found by its name.
 
-#include "Base/DataFiles/ioBufferedStreamOutput.h"
 #include "Base/DataFiles/ioHeader.h"
 #include "Base/DataFiles/ioPacketRegistry.h"
 #include "Base/DataFiles/ioPacketType.h"

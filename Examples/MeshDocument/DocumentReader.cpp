@@ -12,6 +12,7 @@
 #include "Base/DataFiles/ioReadContext.h"
 
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <type_traits>
 
@@ -120,7 +121,7 @@ public:
         if (unresolved_)
             return "a reference leads nowhere";
         for (Slot const & slot : slots_)
-            if (void const * const object = *slot.location; object && kindOf(object) != slot.kind)
+            if (void const * const object = slot.target(); object && kindOf(object) != slot.kind)
                 return "a reference leads to an object of another kind";
         if (parcels_ != 0)
             return "an array is not complete";
@@ -132,12 +133,18 @@ private:
 
     // A pointer of the document, which the library fills in, perhaps later.
     struct Slot {
-        void * const * location;
+        void const * location;
         Kind kind;
+
+        void const * target() const {
+            void const * object;
+            std::memcpy(&object, location, sizeof object);
+            return object;
+        }
     };
 
-    // No element of an array, and no reference, takes less in any form of file: a digit and a blank.
-    static constexpr std::int64_t leastBytes = 2;
+    // Nothing takes less in any form of file: an empty text in binary.
+    static constexpr std::int64_t leastBytes = 1;
 
     void define(void * object, Kind kind) {
         kinds_.try_emplace(object, kind);
@@ -152,7 +159,7 @@ private:
     template <class T>
     void readPointer(T *& pointer, Kind kind) {
         context_.readReferenceUsage(&pointer, 0);
-        slots_.append(Slot{reinterpret_cast<void * const *>(&pointer), kind});
+        slots_.append(Slot{&pointer, kind});
     }
 
     CString readName() {
@@ -195,6 +202,9 @@ private:
 
     template <class Owner, class T>
     void readParcel(qv::vector<T> Owner::*array) {
+        // A parcel builds no object. One that claims to would wait for its definition for ever.
+        if (context_.getPacketReference() != 0)
+            return context_.badPacket();
         void * const owner = context_.readReferenceUsage();
         if (kindOf(owner) != (std::is_same_v<Owner, Document> ? Kind::document : Kind::group))
             return context_.badPacket();

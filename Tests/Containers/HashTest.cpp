@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -16,6 +17,7 @@
 
 #include "Base/Containers/qvHashMap.h"
 #include "Base/Containers/qvHashSet.h"
+#include "Base/Containers/qvSet.h"
 #include "Containers/AssociativeSuite.h"
 #include "Support/SeededRandom.h"
 
@@ -296,6 +298,18 @@ INSTANTIATE_TYPED_TEST_SUITE_P(Hash, Associative, HashContainers);
 } // namespace qvTest
 
 // A load factor above 1 asks a small table for no bucket at all.
+// Keys that repeat: inserting all of a container into itself doubles each.
+TEST(MultiContainers, TakeTheirOwnElements) {
+    qv::multiset<int> tree = {1, 2, 2, 3};
+    tree.insert(tree.begin(), tree.end());
+    EXPECT_TRUE(std::ranges::equal(tree, std::array{1, 1, 2, 2, 2, 2, 3, 3}));
+    qv::hash_multiset<int> hash = {1, 2, 2, 3};
+    hash.insert(hash.begin(), hash.end());
+    EXPECT_EQ(hash.size(), 8);
+    EXPECT_EQ(hash.count(2), 4);
+    EXPECT_TRUE(hash.validate());
+}
+
 TEST(HashMap, NewTablesTakeElementsAtAnyLoadFactor) {
     for (float const factor : {1.5F, 2.0F, 100.0F, std::numeric_limits<float>::infinity()}) {
         qv::hash_map<int, int> map;

@@ -382,3 +382,71 @@ TEST(LargeArray, ParcelsThatLieAboutTheirPlaceAreRefused) {
         EXPECT_EQ(c.good ? c.count : 0, std::count(std::begin(values), std::end(values), 77));
     }
 }
+
+// A body that still lies in the stream's storage stays what it is when somebody else uses the stream, and a text stays
+// until the next packet is read, even when the stream is closed.
+TEST(ReadContext, PacketsStayWhateverHappensToTheStream) {
+    for (Form const form : allForms) {
+        SCOPED_TRACE(form);
+        TestRegistry registry(false);
+        registry.with("t");
+        std::string const bytes = writeFile(form, registry, [](ioWriteContext & to) {
+            for (int i = 0; i < 3; ++i) {
+                to.startPacket("t", nullptr);
+                to.writeInt(12345);
+                to.writeCString("a text");
+                to.writeInt(54321);
+                to.endPacket();
+            }
+        });
+        void (*const uses[])(ioBufferedStreamInput &) = {[](ioBufferedStreamInput & stream) { stream.readChar(); },
+                                                         [](ioBufferedStreamInput & stream) {
+                                                             char block[70000];
+                                                             stream.readData(block, sizeof block);
+                                                         },
+                                                         [](ioBufferedStreamInput & stream) { stream.seek(0); },
+                                                         [](ioBufferedStreamInput & stream) { stream.close(); }};
+        for (auto const use : uses) {
+            int numRead = 0;
+            char const * kept = nullptr;
+            ioBufferedStreamInput * stream = nullptr;
+            TestRegistry reading(true);
+            reading.with("t", [&](ioReadContext & context) {
+                use(*stream);
+                EXPECT_EQ(12345, context.readInt());
+                kept = context.readCString();
+                EXPECT_EQ(54321, context.readInt());
+                context.halt();
+                ++numRead;
+            });
+            Reader reader(bytes, reading);
+            stream = &reader.stream;
+            EXPECT_EQ(ioHalted, reader.read());
+            EXPECT_EQ(1, numRead);
+            reader.stream.close();
+            EXPECT_STREQ("a text", kept);
+        }
+    }
+}
+
+// A type without a callback skips its packets, those with a reference too.
+TEST(PacketTypes, WithoutACallbackSkipTheirPackets) {
+    static int const object = 0;
+    TestRegistry writing(false);
+    writing.with("function").with("callback");
+    std::string const bytes = writeFile(Form::binary, writing, [](ioWriteContext & to) {
+        for (char const * const type : {"function", "callback"}) {
+            to.startPacket(type, type == std::string("function") ? &object : static_cast<void const *>(type));
+            to.writeInt(1);
+            to.endPacket();
+        }
+    });
+    ioSimplePacketRegistry registry(true);
+    registry.getRegisterSignal().addCallback([](ioSimplePacketRegistry * to) {
+        to->add("callback", nullptr);
+        to->supportedType(new ioReadPacketByFunction("function", nullptr));
+    });
+    Reader reader(bytes, registry);
+    EXPECT_EQ(ioGood, reader.read());
+    EXPECT_EQ(2, reader.context->getPacketCount());
+}

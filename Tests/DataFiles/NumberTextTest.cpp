@@ -77,6 +77,8 @@ TEST(NumberText, TakesWhatStrtodTakesOfAnyText) {
                                   "0X.8p1",
                                   "0x",
                                   "0xg",
+                                  "0xinf",
+                                  "0xnan",
                                   "-0x10",
                                   "inf",
                                   "-INF",

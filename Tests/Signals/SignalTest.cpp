@@ -2,6 +2,7 @@
 #include "Base/Signals/qvRTBSignal.h"
 #include "Support/CountingNew.h"
 
+#include <functional>
 #include <gtest/gtest.h>
 
 #include <deque>
@@ -119,6 +120,10 @@ TEST(Signal, ConnectionsEndFromEitherSide) {
     EXPECT_FALSE(other.isConnected());
     EXPECT_EQ(other.addCallback(static_cast<qvRTB::FunctionVoid *>(nullptr)), nullptr);
     EXPECT_EQ(other.addCallback(static_cast<void (*)()>(nullptr)), nullptr);
+    qvRTB::SignalArg<int> withArgument;
+    EXPECT_EQ(withArgument.addCallback(static_cast<void (*)(int)>(nullptr)), nullptr);
+    EXPECT_EQ(withArgument.addCallback(std::function<void(int)>()), nullptr);
+    withArgument.emit(1);
     EXPECT_FALSE(other.isConnected());
 }
 

@@ -166,24 +166,24 @@ struct RandomItem {
 
 // Formats a value by the runtime, by the narrow formatter of ours, and by the wide one.
 template <class Value>
-void compare(RandomItem const & spec, char const * ours, char const * runtimes, Value value) {
-    std::string const expectedFormat = "<%" + spec.flags + runtimes + ">";
-    std::string const format = "%S<%" + spec.flags + ours + ">";
+void compare(RandomItem const & item, char const * ours, char const * runtimes, Value value) {
+    std::string const expectedFormat = "<%" + item.flags + runtimes + ">";
+    std::string const format = "%S<%" + item.flags + ours + ">";
     char expected[1000];
     auto const check = [&](auto... stars) {
         std::snprintf(expected, sizeof expected, expectedFormat.c_str(), stars..., value);
         ASSERT_EQ(formatted(format.c_str(), L"", stars..., value), expected) << format;
         ASSERT_EQ(formatted(IString(format).asWChar(), L"", stars..., value), expected) << format;
     };
-    if (spec.starCount == 0)
+    if (item.starCount == 0)
         check();
-    else if (spec.starCount == 1)
-        check(spec.stars[0]);
+    else if (item.starCount == 1)
+        check(item.stars[0]);
     else
-        check(spec.stars[0], spec.stars[1]);
+        check(item.stars[0], item.stars[1]);
 }
 
-void compareIntegers(qvTest::Random & random, RandomItem const & spec) {
+void compareIntegers(qvTest::Random & random, RandomItem const & item) {
     struct Size {
         char const * ours;
         char const * runtimes;
@@ -200,12 +200,12 @@ void compareIntegers(qvTest::Random & random, RandomItem const & spec) {
     std::string const ours = size.ours + std::string(1, letter);
     std::string const runtimes = size.runtimes + std::string(1, letter);
     if (size.isLong)
-        compare(spec, ours.c_str(), runtimes.c_str(), value);
+        compare(item, ours.c_str(), runtimes.c_str(), value);
     else
-        compare(spec, ours.c_str(), runtimes.c_str(), static_cast<unsigned>(value));
+        compare(item, ours.c_str(), runtimes.c_str(), static_cast<unsigned>(value));
 }
 
-void compareFloats(qvTest::Random & random, RandomItem const & spec) {
+void compareFloats(qvTest::Random & random, RandomItem const & item) {
     double const edges[] = {0.0,       -0.0,         1.0,  0.5,       1.5,      2.5,        1e100,
                             -1e-300,   123456.789,   0.1,  9.9999995, 1e-5,     5e-324,     INFINITY,
                             -INFINITY, std::nan(""), 1e15, 1e16,      999999.5, 0.000123456};
@@ -213,9 +213,9 @@ void compareFloats(qvTest::Random & random, RandomItem const & spec) {
                              ? random.oneOf(edges)
                              : std::ldexp(static_cast<double>(random.longBits()), -static_cast<int>(random.below(90)));
     char const letter[] = {"eEfFgGaA"[random.below(8)], '\0'};
-    compare(spec, letter, letter, value);
+    compare(item, letter, letter, value);
     std::string const large = std::string("L") + letter;
-    compare(spec, large.c_str(), large.c_str(), static_cast<long double>(value));
+    compare(item, large.c_str(), large.c_str(), static_cast<long double>(value));
 }
 
 TEST(Format, NumbersAreWrittenAsTheRuntimeWritesThem) {
@@ -235,18 +235,18 @@ TEST(Format, TextsHaveTheRuntimesWidthsAndPrecisions) {
     qvTest::Random random;
     static constexpr char const * texts[] = {"", "a", "text", "a text that is longer"};
     for (int round = 0; round < 5000; ++round) {
-        RandomItem const spec(random, "-");
+        RandomItem const item(random, "-");
         char const * const text = random.oneOf(texts);
-        compare(spec, "hs", "s", text);
-        compare(spec, "hc", "c", 'x');
+        compare(item, "hs", "s", text);
+        compare(item, "hc", "c", 'x');
         // The wide formatter's own meaning of a letter, where a '*' keeps it from being exchanged.
-        std::string const format = "<%" + spec.flags + "s>";
+        std::string const format = "<%" + item.flags + "s>";
         IString const wideText(text);
-        if (spec.starCount == 0) {
+        if (item.starCount == 0) {
             ASSERT_EQ(formatted(IString(format).asWChar(), text), formatted(format.c_str(), text)) << format;
-        } else if (spec.starCount == 1) {
-            ASSERT_EQ(formatted(IString(format).asWChar(), spec.stars[0], wideText.asWChar()),
-                      formatted(format.c_str(), spec.stars[0], text))
+        } else if (item.starCount == 1) {
+            ASSERT_EQ(formatted(IString(format).asWChar(), item.stars[0], wideText.asWChar()),
+                      formatted(format.c_str(), item.stars[0], text))
                 << format;
         }
     }

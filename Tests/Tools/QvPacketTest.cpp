@@ -346,8 +346,9 @@ TEST_F(QvPacket, TellsWhatIsWrongWithAHeader) {
     }
     std::string const longest(83, 'n');
     expectFault(replaced(good, "demo.item", longest), "");
-    expectFault(replaced(good, "demo.item", longest + "n"),
-                "offset 70: a line of the registry is longer than 89 bytes");
+    expectFault(replaced(good, "demo.item", longest + "n"), "offset 75: the name of a type is longer than 83 bytes");
+    expectFault(replaced(good, "demo.item", longest + longest),
+                "offset 70: a line of the registry is longer than 95 bytes");
     // The sizes bind binary files only.
     expectFault(replaced(good, "1 2 4 8", "1 4 4 8"), "");
     expectFault(replaced(binaryFile("", 1), "1 2 4 8", "1 4 4 8"),

@@ -6,7 +6,8 @@
 #include <cstddef>
 #include <string>
 
-// Thrown by everything that takes a packet file apart. The offset counts bytes from the start of the file.
+// Thrown by everything that takes a packet file apart. The offset counts bytes from the start of the file. Bodies are
+// taken for what the writers of fields make: characters that a program wrote raw cannot be told from damage.
 struct Fault {
     std::size_t offset;
     std::string reason;

@@ -16,7 +16,8 @@ namespace {
 using std::size_t;
 
 // What the reader of a registry takes in: a number, a blank, the name and a newline.
-constexpr size_t maxRegistryLine = 89;
+constexpr size_t maxRegistryLine = 95;
+constexpr size_t maxTypeName = 83;
 constexpr std::string_view stringTypeName = "packetFile_string";
 constexpr std::string_view endTypeName = "packetFile_EOF";
 constexpr int endTypeNumber = 1;
@@ -137,7 +138,7 @@ void PacketFile::takeRegistryLine() {
     if (newline == bytes_.npos) {
         bool const cut = bytes_.size() - at_ < maxRegistryLine;
         throw cut ? Fault{bytes_.size(), "the file ends inside the registry"}
-                  : Fault{lineAt, "a line of the registry is longer than 89 bytes"};
+                  : Fault{lineAt, "a line of the registry is longer than 95 bytes"};
     }
     std::string_view const line = bytes_.substr(at_, newline);
     char columns[16];
@@ -153,6 +154,9 @@ void PacketFile::takeRegistryLine() {
     if (size_t const white = static_cast<size_t>(std::find_if(name.begin(), name.end(), isWhite) - name.begin());
         white != name.size()) {
         throw Fault{at_ + white, "there is white space in the name of a type"};
+    }
+    if (name.size() > maxTypeName) {
+        throw Fault{at_, "the name of a type is longer than 83 bytes"};
     }
     static constexpr std::string_view fixedNames[] = {stringTypeName, endTypeName};
     if (numTypes() < 2 && name != fixedNames[numTypes()]) {

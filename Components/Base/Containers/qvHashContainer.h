@@ -12,6 +12,7 @@
 #include "Base/Containers/qvHash.h"
 #include "Base/Containers/qvHashTableImpl.h"
 #include "Base/Containers/qvPair.h"
+#include "Base/Containers/qvVector.h"
 
 namespace qv {
 
@@ -143,8 +144,17 @@ public:
     void insert(std::initializer_list<Element> elements) { insert(elements.begin(), elements.end()); }
     template <InputIterator I>
     void insert(I first, I last) {
-        for (; first != last; ++first)
-            emplaceElement(*first);
+        // Where keys repeat, a walk through this very container would come to what it has inserted.
+        if constexpr ((std::is_same_v<I, iterator> || std::is_same_v<I, const_iterator>)&&keys == Keys::mayRepeat) {
+            qv::vector<Element const *> elements;
+            for (; first != last; ++first)
+                elements.append(std::addressof(*first));
+            for (Element const * const element : elements)
+                emplaceElement(*element);
+        } else {
+            for (; first != last; ++first)
+                emplaceElement(*first);
+        }
     }
 
     template <typename... Args>

@@ -145,15 +145,24 @@ int HashTableImpl::eraseKey(unsigned hash, void const * key) {
     // What matches gathers in a chain of its own first, since the key may be in one of the nodes.
     HashNodeImpl * matches = nullptr;
     int n = 0;
-    for (HashNodeImpl ** link = bucketArray() + remainder(hash); *link;) {
-        HashNodeImpl * const node = *link;
-        if (node->hash == hash && hasEqualKey(node, key)) {
-            *link = node->next;
-            node->next = std::exchange(matches, node);
-            ++n;
-        } else {
-            link = &node->next;
+    HashNodeImpl ** const bucket = bucketArray() + remainder(hash);
+    try {
+        for (HashNodeImpl ** link = bucket; *link;) {
+            HashNodeImpl * const node = *link;
+            if (node->hash == hash && hasEqualKey(node, key)) {
+                *link = node->next;
+                node->next = std::exchange(matches, node);
+                ++n;
+            } else {
+                link = &node->next;
+            }
         }
+    } catch (...) {
+        while (matches) {
+            HashNodeImpl * const node = std::exchange(matches, matches->next);
+            node->next = std::exchange(*bucket, node);
+        }
+        throw;
     }
     count_ -= n;
     while (matches)

@@ -7,6 +7,10 @@
 #include <cstdint>
 #include <functional>
 #include <initializer_list>
+#include <memory>
+#include <new>
+#include <type_traits>
+#include <utility>
 
 #include "Base/Containers/qvContainerSupport.h"
 #include "Base/Containers/qvListImpl.h"
@@ -290,10 +294,8 @@ public:
     // Moving nodes
 
     using ListImpl::reverse;
-    void swap(list & other) noexcept {
-        ListImpl::swap(other);
-        std::swap(typeUtil_, other.typeUtil_);
-    }
+    // Each keeps its own table of functions: the other's may lie in a module that goes first.
+    void swap(list & other) noexcept { ListImpl::swap(other); }
     friend void swap(list & a, list & b) noexcept { a.swap(b); }
 
     // Take elements out of another list, which may be this one, and put them in front of pos, which must not lie in the
@@ -322,15 +324,62 @@ public:
         merge(other, less);
     }
 
-    // Equal elements keep their order.
+    // Equal elements keep their order. Takes some memory meanwhile when there is any. When less throws, the list has
+    // all its elements, in whatever order.
     template <typename Less = std::less<>>
     void sort(Less less = {}) {
-        ListImpl::sort(std::addressof(less), &mergeSorted<Less>);
+        if (size_ < leastForArray || !sortThroughArray(less))
+            ListImpl::sort(std::addressof(less), &mergeSorted<Less>);
     }
 
     using ListImpl::validate;
 
 private:
+    // Numbers and pointers travel with their nodes, so that nothing but the array is looked at.
+    static constexpr bool sortsCopies = std::is_scalar_v<T>;
+    struct PlacedElement {
+        T element;
+        Node * node;
+    };
+    using SortItem = std::conditional_t<sortsCopies, PlacedElement, Node *>;
+    static constexpr int leastForArray = 16;
+
+    // Sorts an array of the nodes and links them anew: memory is read in the order in which it lies, and elements can
+    // be fetched ahead, where a walk along the links waits for each. False, with nothing done, when there is no room.
+    template <typename Less>
+    bool sortThroughArray(Less & less) {
+        std::unique_ptr<SortItem[]> const items(new (std::nothrow) SortItem[std::size_t(size_)]);
+        if (items == nullptr)
+            return false;
+        SortItem * end = items.get();
+        for (Node * node = head_.next; node != &head_; node = node->next, ++end) {
+            if constexpr (sortsCopies)
+                *end = {*detail::listElement<T>(node), node};
+            else
+                *end = node;
+        }
+        std::stable_sort(items.get(), end, [&less](SortItem const & a, SortItem const & b) {
+            if constexpr (sortsCopies)
+                return bool(less(std::as_const(a.element), std::as_const(b.element)));
+            else
+                return bool(less(*detail::listElement<T>(a), *detail::listElement<T>(b)));
+        });
+        Node * last = &head_;
+        for (SortItem const * item = items.get(); item != end; ++item) {
+            Node * node;
+            if constexpr (sortsCopies)
+                node = item->node;
+            else
+                node = *item;
+            last->next = node;
+            node->prev = last;
+            last = node;
+        }
+        last->next = &head_;
+        head_.prev = last;
+        return true;
+    }
+
     static constexpr TypeUtil const * table() { return &sTable; }
     // The table with the copy function. It comes into play with the first copy only, so that a list of elements that
     // cannot be copied compiles.

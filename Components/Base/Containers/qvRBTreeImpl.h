@@ -47,7 +47,8 @@ public:
             return *this;
         }
 
-        // The neighbours in order. The header stands behind the last node and in front of the first.
+        // The neighbours in order. The header stands behind the last node, and the last node in front of the header; in
+        // front of the first node stands nothing.
         Node * next() { return const_cast<Node *>(std::as_const(*this).next()); }
         Node * prev() { return const_cast<Node *>(std::as_const(*this).prev()); }
         Node const * next() const;

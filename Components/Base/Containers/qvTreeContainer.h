@@ -15,6 +15,7 @@
 #include "Base/Containers/qvPair.h"
 #include "Base/Containers/qvRBTreeImpl.h"
 #include "Base/Containers/qvRBTreePlace.h"
+#include "Base/Containers/qvVector.h"
 
 namespace qv {
 
@@ -180,8 +181,17 @@ public:
     void insert(std::initializer_list<Element> elements) { insert(elements.begin(), elements.end()); }
     template <InputIterator I>
     void insert(I first, I last) {
-        for (; first != last; ++first)
-            emplace_hint(end(), *first);
+        // Where keys repeat, a walk through this very container would come to what it has inserted.
+        if constexpr ((std::is_same_v<I, iterator> || std::is_same_v<I, const_iterator>)&&keys == Keys::mayRepeat) {
+            qv::vector<Element const *> elements;
+            for (; first != last; ++first)
+                elements.append(std::addressof(*first));
+            for (Element const * const element : elements)
+                emplace_hint(end(), *element);
+        } else {
+            for (; first != last; ++first)
+                emplace_hint(end(), *first);
+        }
     }
 
     template <typename... Args>

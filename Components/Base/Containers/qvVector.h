@@ -23,7 +23,8 @@ namespace qv {
  *
  * push_back, append and single insertions grow the capacity by 8 below 32 and double it from there on; operations that
  * add several elements make it exact when it does not suffice, and so do copies. Failures: std::bad_alloc;
- * std::length_error for a count below 0 or above 2^31 - 1; std::out_of_range from at. Adding one element, and reserve,
+ * std::length_error for a count below 0 (but reserve, which does nothing then) or above
+ * 2^31 - 1; std::out_of_range from at. Adding one element, and reserve,
  * leave the vector as it was when they fail.
  *
  *     qv::vector<int> v = {1, 2, 3};
@@ -227,10 +228,8 @@ public:
         return static_cast<T *>(VectorImpl::erase(untyped(first), untyped(last)));
     }
 
-    void swap(vector & other) noexcept {
-        VectorImpl::swap(other);
-        std::swap(typeUtil_, other.typeUtil_);
-    }
+    // Each keeps its own table of functions: the other's may lie in a module that goes first.
+    void swap(vector & other) noexcept { VectorImpl::swap(other); }
     friend void swap(vector & a, vector & b) noexcept { a.swap(b); }
 
     using VectorImpl::validate;

@@ -4,12 +4,25 @@
 #include "Base/DataFiles/Internal/ioBufferChecksum.h"
 #include "Base/DataFiles/Internal/ioBufferCompress.h"
 #include "Base/DataFiles/Internal/ioBufferEncrypt.h"
+#include "Base/DataFiles/Internal/ioStreamBlock.h"
 #include "Base/Platform/PlatformFile.h"
 #include "Base/Strings/qvStringIString.h"
 
 ioBufferedStream::ioBufferedStream(bool input) : status_(ioStreamGood), input_(input), top_(nullptr) {}
 
-ioBufferedStream::~ioBufferedStream() { delete top_; }
+ioBufferedStream::~ioBufferedStream() {
+    recall();
+    delete top_;
+}
+
+// Bytes that somebody reads in the chain's storage are about to move.
+void ioBufferedStream::recall() {
+    if (borrower_) {
+        ioStreamBorrower * const borrower = borrower_;
+        borrower_ = nullptr;
+        borrower->takeOver();
+    }
+}
 
 // The two enumerations number some of their values differently. This is the one place that knows both.
 void ioBufferedStream::promoteBufferStatus() const {
@@ -61,6 +74,7 @@ void ioBufferedStream::abandonChain() {
 }
 
 bool ioBufferedStream::requireOpen() {
+    recall();
     if (!top_) {
         status_ = ioStreamFailed;
     }
@@ -68,6 +82,7 @@ bool ioBufferedStream::requireOpen() {
 }
 
 void ioBufferedStream::close() {
+    recall();
     if (top_) {
         top_->close();
         promoteBufferStatus();

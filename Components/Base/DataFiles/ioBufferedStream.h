@@ -15,6 +15,7 @@ class Socket;
 }
 
 class ioBuffer;
+class ioStreamBorrower;
 
 // Status of a buffered stream.
 enum ioStreamStatus : int {
@@ -104,13 +105,16 @@ protected:
     // The two halves of openOn, behind the reset of the status.
     void adopt(ioBuffer * end);
     void abandonChain();
-    // False on a closed stream, with the status set for it.
+    // False on a closed stream, with the status set for it. Every operation on the data begins so.
     bool requireOpen();
+    // Who is to be told before the bytes in the chain's storage move; null for nobody.
+    void setBorrower(ioStreamBorrower * borrower) { borrower_ = borrower; }
     bool input() const { return input_; }
     ioBuffer * top() const { return top_; }
 
 private:
     void settle() const;
+    void recall();
     bool hasPosition();
     template <class Filter>
     void pushOrPop(bool on);
@@ -120,6 +124,7 @@ private:
     mutable ioStreamStatus status_;
     bool input_;
     ioBuffer * top_;
+    ioStreamBorrower * borrower_ = nullptr;
 };
 
 #endif

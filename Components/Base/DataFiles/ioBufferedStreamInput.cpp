@@ -150,9 +150,13 @@ ioStreamBlock ioStreamBlock::of(ioBufferedStreamInput & stream) {
 
 void ioStreamBlock::consume(ioBufferedStreamInput & stream, int count) { stream.top()->consume(count); }
 
-char const * ioStreamBlock::takeInPlace(ioBufferedStreamInput & stream, int count) {
-    return stream.top() ? stream.top()->takeInPlace(count) : nullptr;
+char const * ioStreamBlock::takeInPlace(ioBufferedStreamInput & stream, int count, ioStreamBorrower & borrower) {
+    char const * const bytes = stream.top() ? stream.top()->takeInPlace(count) : nullptr;
+    stream.setBorrower(bytes ? &borrower : nullptr);
+    return bytes;
 }
+
+void ioStreamBlock::giveBack(ioBufferedStreamInput & stream) { stream.setBorrower(nullptr); }
 
 void ioStreamBlock::skipIfNext(ioBufferedStreamInput & stream, char c) {
     ioBuffer * top = stream.top();

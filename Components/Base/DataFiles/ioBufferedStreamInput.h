@@ -20,7 +20,7 @@ class ioPackageFileEntry;
 //     }
 //
 // Reading past the end gives ioStreamEOF and zero or short results. Data is taken from the system in blocks of
-// 4096 bytes, so a file is read somewhat ahead of what the caller has seen.
+// 4096 bytes, of a file in some thirty at once, so a file is read ahead of what the caller has seen.
 class QV_EXPORT ioBufferedStreamInput : public ioBufferedStream {
 public:
     ioBufferedStreamInput();

@@ -10,8 +10,8 @@ class IOStream;
 }
 
 // Writes to a file, to standard output or, through other ends of the chain, elsewhere. Data goes out in blocks of
-// 4096 bytes, the rest at flush and close. Once the status is not good, further bytes are dropped; test it behind
-// close to know that everything has arrived:
+// 4096 bytes, several of them at once; the rest at flush and close, and when the status or the position is asked for.
+// Once the status is not good, further bytes are dropped; test it behind close to know that everything has arrived:
 //
 //     ioBufferedStreamOutput stream;
 //     stream.openFile(name);

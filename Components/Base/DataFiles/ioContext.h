@@ -25,8 +25,9 @@ enum ioStatus : int {
     ioChecksumFailed = 7 // data failed a checksum
 };
 
-// Base of all contexts. The first failure sets the status, which then stays. A context belongs to one thread at a
-// time. The registry and the stream that it works with are not its own and must outlive it.
+// Base of all contexts. A failure sets the status, which then never becomes good again; where the stream has failed
+// too, it is the stream's failure that the status tells in the end. A context belongs to one thread at a time. The
+// registry and the stream that it works with are not its own and must outlive it.
 class QV_EXPORT ioContext {
 public:
     virtual ~ioContext();

@@ -82,9 +82,9 @@ public:
     qvString::IString const & getPackageFileName() const { return packageName_; }
 
     // Adds a file under a name, which is cleaned up first; an entry of that name is replaced, and lost when this fails
-    // from 9 on. Asked to, it is stored compressed when that makes it smaller; this needs room in the temporary
-    // directory. The file must keep its size meanwhile, and not be the package itself (15). Failures: 2 to 4, 6 to 12,
-    // 15, 16.
+    // from 9 on. Asked to, it is stored compressed when that makes it smaller; for a large file this needs
+    // room in the temporary directory. The file must keep its size meanwhile, and not be the package itself (15).
+    // Failures: 2 to 4, 6 to 12, 15, 16.
     qvUtil::Error addEntry(qvString::IString const & file, qvString::IString const & name, bool compress);
     // Adds an entry of another package, as it is stored there. Failures: 3, 4, 7, 9 to 12, 14 to 16.
     qvUtil::Error addEntry(ioPackageFileEntry const * entry, qvString::IString const & name);
@@ -121,6 +121,7 @@ public:
 private:
     friend class ioPackageIO::PackageReadContext;
     struct Source;
+    class Packed;
 
     QV_NO_EXPORT void reset();
     QV_NO_EXPORT qvUtil::Error openPackageForOutput();
@@ -150,8 +151,8 @@ private:
 
     // Contents
     QV_NO_EXPORT qvUtil::Error verifyAddEntry(qvString::IString const & name) const;
-    QV_NO_EXPORT qvUtil::Error compressFile(qvString::IString const & source, qvString::IString const & target,
-                                            std::int64_t size, std::int64_t & compressedSize) const;
+    QV_NO_EXPORT qvUtil::Error compressFile(qvString::IString const & source, Packed & target, std::int64_t size,
+                                            std::int64_t & compressedSize) const;
     QV_NO_EXPORT qvUtil::Error copyFileIntoPackage(qvString::IString const & file, Source const & source);
     QV_NO_EXPORT qvUtil::Error copyEntryIntoPackage(ioPackageFileEntry const * entry, qvString::IString const & name);
     QV_NO_EXPORT qvUtil::Error copyStreamIntoPackage(ioBufferedStreamInput & stream, Source const & source);

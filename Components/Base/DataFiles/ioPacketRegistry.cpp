@@ -195,5 +195,5 @@ void ioSimplePacketRegistry::registerAllTypes() { signal_.emit(this); }
 void ioSimplePacketRegistry::add(char const * name) { supportedType(new ioSimplePacketType(name)); }
 
 void ioSimplePacketRegistry::add(char const * name, void (*function)()) {
-    supportedType(new ioSimplePacketType(name, new ioGlobalReadCallback(function)));
+    supportedType(new ioSimplePacketType(name, function ? new ioGlobalReadCallback(function) : nullptr));
 }

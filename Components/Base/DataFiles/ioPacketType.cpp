@@ -44,7 +44,13 @@ void ioPacketType::handleUnreferencedMemory(ioClientReadContext & client, void *
 ioReadPacketByFunction::ioReadPacketByFunction(char const * name, void (*function)(ioClientReadContext &))
     : ioPacketType(name), function_(function) {}
 
-void ioReadPacketByFunction::read(ioClientReadContext & client) { function_(client); }
+void ioReadPacketByFunction::read(ioClientReadContext & client) {
+    if (function_) {
+        function_(client);
+    } else {
+        ioPacketType::read(client);
+    }
+}
 
 ioReadCallback::~ioReadCallback() = default;
 

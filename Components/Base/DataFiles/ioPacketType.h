@@ -67,7 +67,7 @@ private:
     unsigned flags_;
 };
 
-// A type whose packets are read by a function.
+// A type whose packets are read by a function. With a null one they are skipped like those of an unknown type.
 class QV_EXPORT ioReadPacketByFunction : public ioPacketType {
 public:
     ioReadPacketByFunction(char const * name, void (*function)(ioClientReadContext &));

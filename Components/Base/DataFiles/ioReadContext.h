@@ -66,7 +66,8 @@ public:
     // the process.
     virtual char const * readCString() = 0;
 
-    // Elements that are not there become 0, and the packet bad. A count below 1 stores nothing.
+    // Elements that are not there become 0; whether the packet is bad then is told above. A count below 1 stores
+    // nothing.
     virtual void readBoolArray(bool * values, int count) = 0;
     virtual void readCharArray(char * values, int count) = 0;
     virtual void readUCharArray(unsigned char * values, int count) = 0;

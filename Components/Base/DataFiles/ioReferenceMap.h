@@ -14,8 +14,9 @@ class ioPacketType;
 // wait for a number's definition, and reports at the end what stayed open.
 //
 // Counted; held by the contexts that use it. Used by one thread at a time. No operation reports failure; numbers
-// below 1, or from 0x7fff0000 up, are ignored. Memory is in proportion to the numbers that were used, however far
-// apart they lie: some hundred bytes for each.
+// below 1, or from 0x7fff0000 up, are ignored. Numbers below
+// 65536 have a table that reaches up to the largest of them; of those above, memory is in proportion to how many were
+// used, some hundred bytes for each, however far apart they lie.
 class QV_EXPORT ioReferenceMap : public qv::ReferenceCount {
 public:
     // Takes the next free number and binds the pointer to it. Throws std::length_error when there is none left.

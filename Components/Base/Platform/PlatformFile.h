@@ -59,6 +59,9 @@ FileResult openForReading(qvString::IString const & name, Descriptor & descripto
 // Creates the file when it is not there, with reading and writing for its owner only.
 FileResult openForWriting(qvString::IString const & name, Truncation truncation, Descriptor & descriptor);
 
+// The same, but every write goes to the end of what the file holds then, whoever else writes to it.
+FileResult openForAppending(qvString::IString const & name, Descriptor & descriptor);
+
 // The descriptor is closed in any case.
 FileResult closeDescriptor(Descriptor descriptor);
 

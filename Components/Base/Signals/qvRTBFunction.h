@@ -33,6 +33,15 @@ public:
 
 namespace detail {
 
+// Whether there is nothing to call: for what can be compared with null.
+template <class Callable>
+bool isNull(Callable const & callable) {
+    if constexpr (requires { callable == nullptr; })
+        return callable == nullptr;
+    else
+        return false;
+}
+
 // Answers for a callable: a pointer to a function is a free function, anything else is none.
 template <class Callable>
 bool isFunctionAt(Callable const & callable, void * function) noexcept {

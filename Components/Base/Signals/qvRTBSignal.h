@@ -58,13 +58,18 @@ public:
         return SignalBase::addCallback(new typename Function::template Member<C>(instance, method), client);
     }
 
-    // Connects a copy of anything that can be called with the arguments of the signal.
+    // Connects a copy of anything that can be called with the arguments of the signal. A null pointer to a function,
+    // and an empty function object that compares equal to null, connects nothing and gives null.
     template <class Callable>
     requires std::invocable<Callable &, Args...> Connection * addCallback(Callable callable) {
+        if (detail::isNull(callable))
+            return nullptr;
         return SignalBase::addCallback(new typename Function::template Adapter<Callable>(std::move(callable)));
     }
     template <class Callable>
     requires std::invocable<Callable &, Args...> Connection * addCallback(Callable callable, SignalClient & client) {
+        if (detail::isNull(callable))
+            return nullptr;
         return SignalBase::addCallback(new typename Function::template Adapter<Callable>(std::move(callable)), client);
     }
 

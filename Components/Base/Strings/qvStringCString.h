@@ -143,8 +143,8 @@ public:
 
     /// Replace the text by a formatted one, as told in qvStringFormat.h, and give its length. When the result is empty
     /// or the format is refused, the string stays as it was, and the result is npos. The text may be longer than
-    /// `initialSize`, which says for how many characters room is made at first (256 without it). The arguments may
-    /// point into the string.
+    /// `initialSize`, which says for how many characters room is made at first (never less than 1024). The arguments
+    /// may point into the string.
     unsigned format(char const * fmt, ...);
     unsigned format(unsigned initialSize, char const * fmt, ...);
     unsigned format(CString const * fmt, ...);

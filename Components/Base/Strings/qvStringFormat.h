@@ -36,7 +36,7 @@ extern "C" {
 
 /// Formats into `buf`, which has room for `size` characters with the terminator. Gives the length of the text, or -1
 /// when it did not fit or the format was refused. A text fits when it is at least two characters shorter than `size`;
-/// of one that does not, as much as there is room for is left in `buf`, terminated.
+/// of one that does not, as much as there is room for is left in `buf`, terminated; nothing is for a null `fmt`.
 QV_EXPORT int KT_vsnprintf(char * buf, unsigned size, char const * fmt, va_list args);
 QV_EXPORT int KT_snprintf(char * buf, unsigned size, char const * fmt, ...);
 

@@ -85,7 +85,8 @@ public:
     wchar_t * copyAsWChar() const;
 
     /// The terminated narrow form, valid until the next change of the string or the next conversion to the other
-    /// encoding. *ok tells whether nothing was lost. Asking for the two encodings in turn converts every time.
+    /// encoding. It stays what it is when the program changes its locale. *ok tells whether nothing was lost. Asking
+    /// for the two encodings in turn converts every time.
     char const * asMultibyte(Encoding encoding = Multibyte, bool * ok = nullptr) const;
     char const * asUTF8(bool * ok = nullptr) const;
     /// The bytes of the terminated narrow form.
@@ -177,9 +178,9 @@ public:
 
     /// Replace the text by a formatted one, as told in qvStringFormat.h, and give its length. When the result is empty
     /// or the format is refused, the string stays as it was, and the result is npos. The text may be longer than
-    /// `initialSize`, which says for how many characters room is made at first (256 without it). The arguments may
-    /// point into the string. A narrow format is converted to a wide one and is then one: what the letters mean is told
-    /// for wide formats.
+    /// `initialSize`, which says for how many characters room is made at first (never less than 1024). The arguments
+    /// may point into the string. A narrow format is converted to a wide one and is then one: what the letters mean is
+    /// told for wide formats.
     unsigned format(wchar_t const * fmt, ...);
     unsigned format(unsigned initialSize, wchar_t const * fmt, ...);
     unsigned format(IString const * fmt, ...);

@@ -14,6 +14,16 @@
 
 namespace qv {
 
+namespace detail {
+
+// Classes whose references are operands of an expression of their own: == on them is theirs, and no test of addresses.
+template <class T>
+concept ComparedAsOperand = requires {
+    typename T::isComparedAsOperand;
+};
+
+} // namespace detail
+
 // Holds a count on an object of any class with `ref()` and `unref()`, for as long as the reference lives; it may be
 // null. It is one pointer large. It is passed and returned by value: the callee then holds a count of its own during
 // the call, and a returned reference hands its count over.
@@ -63,7 +73,7 @@ public:
     [[nodiscard]] T * release() noexcept { return std::exchange(object_, nullptr); }
 
     template <class U>
-    bool operator==(Reference<U> const & other) const noexcept {
+    requires(!detail::ComparedAsOperand<T>) bool operator==(Reference<U> const & other) const noexcept {
         return object_ == other.get();
     }
     template <class U>

@@ -142,7 +142,10 @@ void Initializer::finalize() {}
 
 void Initializer::addInit() { existing(pendingInitializers).append(this); }
 
-void Initializer::dependsOn(Initializer * other) { existing(dependencyPairs).append(Dependency{this, other}); }
+void Initializer::dependsOn(Initializer * other) {
+    if (other)
+        existing(dependencyPairs).append(Dependency{this, other});
+}
 
 Error Initializer::initializeAll() {
     if (!pendingInitializers)

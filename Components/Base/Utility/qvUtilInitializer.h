@@ -61,8 +61,8 @@ public:
 
 protected:
     // `other` must be initialized before this object; called by the constructor of a subclass, or later before
-    // `initializeAll()`. Only the address of `other` is kept, which need not have been constructed yet. One that never
-    // registers is not called.
+    // `initializeAll()`. Only the address of `other` is kept, which need not have been constructed yet; null is no
+    // dependency. One that never registers is not called.
     void dependsOn(Initializer * other);
 
 private:

@@ -72,6 +72,8 @@ Unsigned parseUnsigned(char const * begin, char const * end, char const ** next)
     return sign.negative && !overflow ? static_cast<Unsigned>(Unsigned{0} - value) : value;
 }
 
+bool isHexDigit(char c) { return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
+
 bool startsHexadecimal(char const * at, char const * end) {
     return end - at > 2 && at[0] == '0' && (at[1] == 'x' || at[1] == 'X');
 }
@@ -108,7 +110,9 @@ double parseMagnitude(char const *& at, char const * end) {
     char const * const begin = hexadecimal ? at + 2 : at;
     double value = 0;
     auto const result = std::from_chars(begin, end, value, format);
-    if (result.ec == std::errc::invalid_argument || (begin != end && *begin == '-')) {
+    // Behind the prefix stand digits or the point: no sign, no "inf" and no "nan".
+    bool const isNumber = begin != end && (hexadecimal ? isHexDigit(*begin) || *begin == '.' : *begin != '-');
+    if (result.ec == std::errc::invalid_argument || !isNumber) {
         at += hexadecimal ? 1 : 0; // the 0 in front of the x is a number
         return 0;
     }

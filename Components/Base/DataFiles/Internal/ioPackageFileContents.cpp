@@ -5,11 +5,13 @@
 #include "Base/DataFiles/ioPackageFile.h"
 #include "Base/OS/qvOSFile.h"
 #include "Base/OS/qvOSFileOperations.h"
+#include "Base/OS/qvOSIOStream.h"
 #include "Base/OS/qvOSTemporaryFiles.h"
 #include "Base/Platform/PlatformFileSystem.h"
 
 #include <algorithm>
 #include <memory>
+#include <string>
 #include <utility>
 
 using qvOS::Filename;
@@ -132,20 +134,6 @@ bool leadsOut(IString const & directory, IString const & file) {
     return false;
 }
 
-// Deletes a file when it goes.
-class TemporaryFile {
-public:
-    TemporaryFile() = default;
-    TemporaryFile(TemporaryFile const &) = delete;
-    TemporaryFile & operator=(TemporaryFile const &) = delete;
-    ~TemporaryFile() {
-        if (!name.name().isEmpty())
-            static_cast<void>(qvOS::fileDelete(name));
-    }
-
-    Filename name;
-};
-
 } // namespace
 
 // What is stored for one entry.
@@ -154,6 +142,58 @@ struct ioPackageFile::Source {
     std::int64_t size;
     std::int64_t timestamp;
     bool compressed;
+};
+
+// The packed form of a file on its way into the package: a small one in memory, a large one in a temporary file, which
+// is deleted in the end.
+class ioPackageFile::Packed : private qvOS::IOStream {
+public:
+    explicit Packed(std::int64_t size) : isInMemory_(size <= mostInMemory) {}
+    Packed(Packed const &) = delete;
+    Packed & operator=(Packed const &) = delete;
+    ~Packed() override {
+        if (!file_.name().isEmpty())
+            static_cast<void>(qvOS::fileDelete(file_));
+    }
+
+    void open(ioBufferedStreamOutput & stream) {
+        if (isInMemory_)
+            return stream.openIOStream(this);
+        file_ = qvOS::createTmpFilename(IString(), nullptr);
+        stream.openFile(file_.name());
+    }
+    void open(ioBufferedStreamInput & stream) {
+        at_ = 0;
+        if (isInMemory_)
+            return stream.openIOStream(this);
+        stream.openFile(file_.name());
+    }
+    // -1 when it is not known.
+    std::int64_t size() const {
+        FileStatus status;
+        if (isInMemory_)
+            return static_cast<std::int64_t>(bytes_.size());
+        return !qvOS::File::query(file_, status) && status.exists() ? status.getSize() : -1;
+    }
+
+private:
+    static constexpr std::int64_t mostInMemory = 1 << 20;
+
+    Error read(void * buffer, unsigned int size, unsigned int * count) override {
+        *count = static_cast<unsigned int>(bytes_.copy(static_cast<char *>(buffer), size, at_));
+        at_ += *count;
+        return *count < size ? qvOS::File::getError(3) : Error();
+    }
+    Error write(void const * buffer, unsigned int size, unsigned int * count) override {
+        bytes_.append(static_cast<char const *>(buffer), size);
+        *count = size;
+        return Error();
+    }
+
+    bool isInMemory_;
+    std::string bytes_;
+    std::size_t at_ = 0;
+    Filename file_;
 };
 
 // ---- Names
@@ -215,21 +255,23 @@ Error ioPackageFile::addEntry(IString const & file, IString const & wantedName, 
         return Error(7, L"Could not read file: %S\n", file.asWChar());
     if (isSameFile(file, packageName_))
         return Error(15, "The source entry can not be in the package.");
-    Source source{name, status.getSize(), status.getLastModifiedDate(), false};
-    TemporaryFile packed;
-    if (compress) {
-        packed.name = qvOS::createTmpFilename(IString(), nullptr);
-        std::int64_t packedSize = 0;
-        if (Error const error = compressFile(file, packed.name.name(), source.size, packedSize))
-            return error;
-        source.compressed = packedSize < source.size;
-        if (source.compressed)
-            source.size = packedSize;
-    }
-    return copyFileIntoPackage(source.compressed ? packed.name.name() : file, source);
+    Source const source{name, status.getSize(), status.getLastModifiedDate(), false};
+    if (!compress)
+        return copyFileIntoPackage(file, source);
+    Packed packed(source.size);
+    std::int64_t packedSize = 0;
+    if (Error const error = compressFile(file, packed, source.size, packedSize))
+        return error;
+    if (packedSize >= source.size)
+        return copyFileIntoPackage(file, source);
+    ioClosing<ioBufferedStreamInput> stream;
+    packed.open(stream);
+    if (!stream.good())
+        return Error(7, L"Could not read file: %S\n", file.asWChar());
+    return copyStreamIntoPackage(stream, Source{name, packedSize, source.timestamp, true});
 }
 
-Error ioPackageFile::compressFile(IString const & source, IString const & target, std::int64_t size,
+Error ioPackageFile::compressFile(IString const & source, Packed & target, std::int64_t size,
                                   std::int64_t & compressedSize) const {
     compressedSize = 0;
     if (size == 0)
@@ -237,7 +279,7 @@ Error ioPackageFile::compressFile(IString const & source, IString const & target
     ioClosing<ioBufferedStreamInput> input;
     input.openFile(source);
     ioClosing<ioBufferedStreamOutput> output;
-    output.openFile(target);
+    target.open(output);
     output.compress(true);
     output.checksum(true);
     Block const block(size);
@@ -255,10 +297,9 @@ Error ioPackageFile::compressFile(IString const & source, IString const & target
         return Error(8, L"While compressing file it changed size: %S", source.asWChar());
     if (!isAtEnd(input))
         return Error(9, L"Error reading file: %S", source.asWChar());
-    FileStatus status;
-    if (!output.good() || qvOS::File::query(target, status) || !status.exists())
+    compressedSize = target.size();
+    if (!output.good() || compressedSize < 0)
         return Error(10, L"Error compressing file: %S", source.asWChar());
-    compressedSize = status.getSize();
     return Error();
 }
 

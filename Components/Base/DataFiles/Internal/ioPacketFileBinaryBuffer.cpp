@@ -79,8 +79,10 @@ void ioPacketFileBinaryBuffer::endWrite(ioWriteContext &, ioBufferedStreamOutput
 
 // Gives the number of bytes that are there. Memory is taken as they arrive, so that a size field alone costs nothing.
 int ioPacketFileBinaryBuffer::loadBody(ioBufferedStreamInput & stream, int size) {
-    body_ = ioStreamBlock::takeInPlace(stream, size);
+    body_ = ioStreamBlock::takeInPlace(stream, size, *this);
     if (body_) {
+        lender_ = &stream;
+        lentSize_ = size;
         return size;
     }
     bytes_.rewind();
@@ -97,7 +99,32 @@ int ioPacketFileBinaryBuffer::loadBody(ioBufferedStreamInput & stream, int size)
     return bytes_.size();
 }
 
+// Somebody uses the stream while the packet is being read, or closes it.
+void ioPacketFileBinaryBuffer::takeOver() {
+    lender_ = nullptr;
+    int const at = readPosition();
+    int const limit = readLimit();
+    bytes_.rewind();
+    bytes_.put(body_, static_cast<std::size_t>(lentSize_));
+    body_ = bytes_.begin();
+    at_ = body_ + at;
+    setReadLimit(limit);
+}
+
+void ioPacketFileBinaryBuffer::giveBackAndCopy() {
+    giveBack();
+    takeOver();
+}
+
+void ioPacketFileBinaryBuffer::giveBack() {
+    if (lender_) {
+        ioStreamBlock::giveBack(*lender_);
+        lender_ = nullptr;
+    }
+}
+
 int ioPacketFileBinaryBuffer::readFromStream(ioReadContext & context, ioBufferedStreamInput & stream) {
+    giveBack();
     auto & binary = static_cast<ioReadContextBinary &>(context);
     int const id = binary.readStreamInt(stream);
     int const flag = binary.readStreamInt(stream);

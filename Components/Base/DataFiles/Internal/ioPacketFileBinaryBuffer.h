@@ -6,10 +6,12 @@
 #include "Base/Containers/qvVector.h"
 #include "Base/DataFiles/Internal/ioPacketBytes.h"
 #include "Base/DataFiles/Internal/ioPacketFileBuffer.h"
+#include "Base/DataFiles/Internal/ioStreamBlock.h"
 
-class ioPacketFileBinaryBuffer : public ioPacketFileBuffer {
+class ioPacketFileBinaryBuffer : public ioPacketFileBuffer, private ioStreamBorrower {
 public:
     ioPacketFileBinaryBuffer() = default;
+    ~ioPacketFileBinaryBuffer() override { giveBack(); }
     // Gives the buffer its memory. Without it there is room for nothing and nothing to read: so a context answers
     // calls outside packets.
     void allocate() { bytes_.allocate(); }
@@ -37,6 +39,12 @@ public:
 
     bool put(void const * bytes, std::size_t count) { return bytes_.put(bytes, count); }
 
+    // Reading: from here on no use of the stream moves the body.
+    void own() {
+        if (lender_) {
+            giveBackAndCopy();
+        }
+    }
     // Reading: what is left of the innermost chunk or container.
     char const * at() const { return at_; }
     std::size_t available() const { return static_cast<std::size_t>(limit_ - at_); }
@@ -63,12 +71,17 @@ private:
     void setReadLimit(int position) { limit_ = body_ + position; }
     int readFrameSize(ioReadContext & context, int containerEnd);
     int loadBody(ioBufferedStreamInput & stream, int size);
+    void takeOver() override;
+    void giveBack();
+    void giveBackAndCopy();
     void patchSize(ioWriteContext & context, int sizePosition);
 
     ioPacketBytes bytes_;
     char const * trailer_ = nullptr;
     int trailerSize_ = 0;
-    // Reading: the body, which lies in the array or still in the stream's own storage.
+    // Reading: the body, which lies in the array, or still in the storage of the stream that lends it.
+    ioBufferedStreamInput * lender_ = nullptr;
+    int lentSize_ = 0;
     char const * body_ = nullptr;
     char const * at_ = nullptr;
     char const * limit_ = nullptr;

@@ -79,6 +79,7 @@ unsigned char ioReadContextBinary::readUChar() { return static_cast<unsigned cha
 char ioReadContextBinary::readRawChar() { return ioReadContextBinary::readChar(); }
 
 char const * ioReadContextBinary::readCString() {
+    buffer_->own(); // the text stays until the next packet is read, whatever becomes of the stream
     char const * const text = buffer_->at();
     std::size_t const left = buffer_->available();
     void const * const terminator = left > 0 ? std::memchr(text, 0, left) : nullptr;

@@ -5,6 +5,16 @@
 
 class ioBufferedStreamInput;
 
+// Somebody who reads bytes where they lie in a stream's storage. The stream tells it before it moves them.
+class ioStreamBorrower {
+public:
+    // The last moment to copy the bytes.
+    virtual void takeOver() = 0;
+
+protected:
+    ~ioStreamBorrower() = default;
+};
+
 struct ioStreamBlock {
     char const * begin;
     char const * end;
@@ -14,8 +24,9 @@ struct ioStreamBlock {
     static ioStreamBlock of(ioBufferedStreamInput & stream);
     static void consume(ioBufferedStreamInput & stream, int count);
     // Takes so many bytes without copying them, or nothing when they do not lie in one piece. They stay until the next
-    // operation on the stream.
-    static char const * takeInPlace(ioBufferedStreamInput & stream, int count);
+    // operation on the stream, which calls takeOver() first, unless they were given back before.
+    static char const * takeInPlace(ioBufferedStreamInput & stream, int count, ioStreamBorrower & borrower);
+    static void giveBack(ioBufferedStreamInput & stream);
     // Takes the next byte if there is one and it is c. The end of the data is left for the next read to meet.
     static void skipIfNext(ioBufferedStreamInput & stream, char c);
 };

@@ -98,6 +98,10 @@ FileResult openForWriting(qvString::IString const & name, Truncation truncation,
     return openAs(name, O_WRONLY | O_CREAT | (truncation == Truncation::truncate ? O_TRUNC : 0), descriptor);
 }
 
+FileResult openForAppending(qvString::IString const & name, Descriptor & descriptor) {
+    return openAs(name, O_WRONLY | O_CREAT | O_APPEND, descriptor);
+}
+
 FileResult closeDescriptor(Descriptor descriptor) {
     // Not repeated: the descriptor is gone after an interrupted close here, and its number may be somebody else's.
     int const number = ::close(descriptor) < 0 ? errno : 0;

@@ -27,6 +27,12 @@ using qvString::IString;
 
 namespace {
 
+// A copy of a name would end at its first zero.
+IString const & orCurrentDirectory(IString const & name) {
+    static IString const currentDirectory(L".");
+    return name.isEmpty() ? currentDirectory : name;
+}
+
 FileKind kindOf(unsigned mode) {
     switch (mode & S_IFMT) {
     case S_IFREG:
@@ -229,9 +235,7 @@ FileResult syncDescriptor(Descriptor descriptor) {
 
 FileResult syncFile(IString const & name) { return openAndSync(name, O_RDONLY); }
 
-FileResult syncDirectory(IString const & name) {
-    return openAndSync(name.isEmpty() ? IString(L".") : name, O_RDONLY | O_DIRECTORY);
-}
+FileResult syncDirectory(IString const & name) { return openAndSync(orCurrentDirectory(name), O_RDONLY | O_DIRECTORY); }
 
 // ---- What a name leads to
 
@@ -269,7 +273,7 @@ FileResult queryOwner(IString const & name, IString & owner, IString & group) {
 
 FileResult listDirectory(IString const & name, qv::vector<IString> & list) {
     int descriptor = noDescriptor;
-    FileResult opened = SystemName(name.isEmpty() ? IString(L".") : name).run([&](char const * path) {
+    FileResult opened = SystemName(orCurrentDirectory(name)).run([&](char const * path) {
         return descriptor = ::open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     });
     if (!opened.good()) {

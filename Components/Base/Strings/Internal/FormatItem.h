@@ -63,32 +63,32 @@ bool readNumber(Char const *& at, int & number) {
 }
 
 template <class Char>
-void readFlags(Char const *& at, FormatItem & spec) {
+void readFlags(Char const *& at, FormatItem & item) {
     int count = 0;
     for (;; ++at, ++count) {
         switch (codeOf(*at)) {
         case '-':
-            spec.isPlain = spec.isPlain && count == 0;
-            spec.left = true;
+            item.isPlain = item.isPlain && count == 0;
+            item.left = true;
             break;
         case '0':
-            spec.zero = true;
+            item.zero = true;
             break;
         case '+':
-            spec.plus = true;
-            spec.isPlain = false;
+            item.plus = true;
+            item.isPlain = false;
             break;
         case ' ':
-            spec.blank = true;
-            spec.isPlain = false;
+            item.blank = true;
+            item.isPlain = false;
             break;
         case '#':
-            spec.alternate = true;
-            spec.isPlain = false;
+            item.alternate = true;
+            item.isPlain = false;
             break;
         case '\'':
-            spec.grouped = true;
-            spec.isPlain = false;
+            item.grouped = true;
+            item.isPlain = false;
             break;
         default:
             return;
@@ -97,81 +97,81 @@ void readFlags(Char const *& at, FormatItem & spec) {
 }
 
 template <class Char>
-void readSize(Char const *& at, FormatItem & spec) {
+void readSize(Char const *& at, FormatItem & item) {
     Char const * const start = at;
     switch (codeOf(*at)) {
     case 'h':
-        spec.size = codeOf(*++at) == 'h' ? (++at, Size::Char) : Size::Short;
+        item.size = codeOf(*++at) == 'h' ? (++at, Size::Char) : Size::Short;
         break;
     case 'l':
-        spec.size = codeOf(*++at) == 'l' ? (++at, Size::LongLong) : Size::Long;
+        item.size = codeOf(*++at) == 'l' ? (++at, Size::LongLong) : Size::Long;
         break;
     case 'w':
     case 'z':
     case 't':
-        spec.size = Size::Long;
+        item.size = Size::Long;
         ++at;
         break;
     case 'j':
     case 'q':
-        spec.size = Size::LongLong;
+        item.size = Size::LongLong;
         ++at;
         break;
     case 'L':
-        spec.size = Size::LongDouble;
+        item.size = Size::LongDouble;
         ++at;
         break;
     case 'I':
         ++at;
         if (codeOf(at[0]) == '6' && codeOf(at[1]) == '4') {
-            spec.size = Size::LongLong;
+            item.size = Size::LongLong;
             at += 2;
         } else if (codeOf(at[0]) == '3' && codeOf(at[1]) == '2')
             at += 2;
         else
-            spec.size = Size::Long;
+            item.size = Size::Long;
         break;
     default:
         break;
     }
-    spec.isPlain = spec.isPlain && at == start;
+    item.isPlain = item.isPlain && at == start;
 }
 static_assert(sizeof(long) == sizeof(void *) && sizeof(long) == sizeof(std::size_t));
 
 // Reads an item behind its '%', its arguments for '*' included, and moves behind its letter.
 template <class Char>
 FormatItem readItem(Char const *& at, Arguments & args) {
-    FormatItem spec;
-    readFlags(at, spec);
+    FormatItem item;
+    readFlags(at, item);
     if (codeOf(*at) == '*') {
         ++at;
-        spec.isPlain = false;
-        spec.width = va_arg(args.list, int);
-        if (spec.width < 0) {
-            spec.left = true;
-            spec.isWhole = spec.width != INT_MIN;
-            spec.width = spec.isWhole ? -spec.width : 0;
+        item.isPlain = false;
+        item.width = va_arg(args.list, int);
+        if (item.width < 0) {
+            item.left = true;
+            item.isWhole = item.width != INT_MIN;
+            item.width = item.isWhole ? -item.width : 0;
         }
     } else
-        spec.isWhole = readNumber(at, spec.width);
-    if (spec.isWhole && codeOf(*at) == '.') {
+        item.isWhole = readNumber(at, item.width);
+    if (item.isWhole && codeOf(*at) == '.') {
         ++at;
         if (codeOf(*at) == '*') {
             ++at;
-            spec.isPlain = false;
-            spec.precision = std::max(va_arg(args.list, int), -1);
+            item.isPlain = false;
+            item.precision = std::max(va_arg(args.list, int), -1);
         } else
-            spec.isWhole = readNumber(at, spec.precision);
+            item.isWhole = readNumber(at, item.precision);
     }
-    if (!spec.isWhole)
-        return spec;
-    readSize(at, spec);
-    spec.letter = codeOf(*at);
-    if (spec.letter == 0)
-        spec.isWhole = false;
+    if (!item.isWhole)
+        return item;
+    readSize(at, item);
+    item.letter = codeOf(*at);
+    if (item.letter == 0)
+        item.isWhole = false;
     else
         ++at;
-    return spec;
+    return item;
 }
 
 } // namespace qvString::formatting

@@ -16,13 +16,13 @@ namespace qvString::formatting {
 class NumberText {
 public:
     /// An integer of any of the letters d, i, u, o, x, X, b, B and p.
-    void setInteger(FormatItem const & spec, std::uint64_t magnitude, bool isNegative);
+    void setInteger(FormatItem const & item, std::uint64_t magnitude, bool isNegative);
 
     /// The others give false when there is no memory for the text.
-    bool setFloating(FormatItem const & spec, double value);
-    bool setFloating(FormatItem const & spec, long double value);
+    bool setFloating(FormatItem const & item, double value);
+    bool setFloating(FormatItem const & item, long double value);
     /// An integer with its digits grouped by the locale.
-    bool setGrouped(FormatItem const & spec, std::uint64_t magnitude, bool isNegative);
+    bool setGrouped(FormatItem const & item, std::uint64_t magnitude, bool isNegative);
 
     char const * sign() const { return sign_; }
     std::size_t signLength() const { return signLength_; }
@@ -37,9 +37,9 @@ public:
 
 private:
     template <class Value>
-    bool writeByRuntime(FormatItem const & spec, char const * sizeAndLetter, Value value);
-    bool writePlainly(FormatItem const & spec, double value);
-    void splitFloating(FormatItem const & spec, char const * text, std::size_t length);
+    bool writeByRuntime(FormatItem const & item, char const * sizeAndLetter, Value value);
+    bool writePlainly(FormatItem const & item, double value);
+    void splitFloating(FormatItem const & item, char const * text, std::size_t length);
 
     char buffer_[128];
     std::unique_ptr<char[]> large_;

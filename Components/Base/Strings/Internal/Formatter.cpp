@@ -127,16 +127,16 @@ private:
     static constexpr bool isWide = sizeof(Char) != 1;
 
     Outcome one();
-    bool takesWideText(FormatItem const & spec) const;
-    void character(FormatItem const & spec);
-    void text(FormatItem const & spec);
-    bool integer(FormatItem const & spec);
-    bool floating(FormatItem const & spec);
-    void number(FormatItem const & spec, NumberText const & text);
+    bool takesWideText(FormatItem const & item) const;
+    void character(FormatItem const & item);
+    void text(FormatItem const & item);
+    bool integer(FormatItem const & item);
+    bool floating(FormatItem const & item);
+    void number(FormatItem const & item, NumberText const & text);
     template <class From>
-    void textOf(FormatItem const & spec, From const * source);
+    void textOf(FormatItem const & item, From const * source);
     template <class From>
-    void converted(FormatItem const & spec, From const * source, std::size_t length, std::size_t limit = SIZE_MAX);
+    void converted(FormatItem const & item, From const * source, std::size_t length, std::size_t limit = SIZE_MAX);
 
     template <class From>
     std::size_t plainRun(From const * source, std::size_t most);
@@ -186,8 +186,8 @@ Outcome Formatter<Char>::run() {
 template <class Char>
 Outcome Formatter<Char>::one() {
     Char const * const start = at_++;
-    FormatItem const spec = readItem(at_, args_);
-    switch (spec.isWhole ? spec.letter : 0U) {
+    FormatItem const item = readItem(at_, args_);
+    switch (item.isWhole ? item.letter : 0U) {
     case '%':
         // Behind this the exchange is out of step with the items.
         if (isWide && letters_ == Letters::Exchanged && at_ - start != 2)
@@ -203,7 +203,7 @@ Outcome Formatter<Char>::one() {
     case 'b':
     case 'B':
     case 'p':
-        return integer(spec) ? Outcome::Formatted : Outcome::Failed;
+        return integer(item) ? Outcome::Formatted : Outcome::Failed;
     case 'e':
     case 'E':
     case 'f':
@@ -212,20 +212,20 @@ Outcome Formatter<Char>::one() {
     case 'G':
     case 'a':
     case 'A':
-        return floating(spec) ? Outcome::Formatted : Outcome::Failed;
+        return floating(item) ? Outcome::Formatted : Outcome::Failed;
     case 'c':
     case 'C':
-        character(spec);
+        character(item);
         return Outcome::Formatted;
     case 's':
     case 'S':
-        text(spec);
+        text(item);
         return Outcome::Formatted;
     case 'n':
         return Outcome::Failed;
     default:
         if constexpr (!isWide)
-            if (spec.letter == '$' && isForRuntime(format_))
+            if (item.letter == '$' && isForRuntime(format_))
                 return Outcome::NeedsRuntime;
         // Which arguments the rest would take is not known any more.
         at_ = start;
@@ -270,39 +270,39 @@ std::uint64_t Formatter<Char>::unsignedArgument(Size size) {
 }
 
 template <class Char>
-bool Formatter<Char>::integer(FormatItem const & spec) {
+bool Formatter<Char>::integer(FormatItem const & item) {
     std::uint64_t magnitude;
     bool isNegative = false;
-    if (spec.letter == 'd' || spec.letter == 'i') {
-        std::int64_t const value = signedArgument(spec.size);
+    if (item.letter == 'd' || item.letter == 'i') {
+        std::int64_t const value = signedArgument(item.size);
         isNegative = value < 0;
         magnitude = isNegative ? 0 - static_cast<std::uint64_t>(value) : static_cast<std::uint64_t>(value);
-    } else if (spec.letter == 'p')
+    } else if (item.letter == 'p')
         magnitude = reinterpret_cast<std::uintptr_t>(va_arg(args_.list, void *));
     else
-        magnitude = unsignedArgument(spec.size);
+        magnitude = unsignedArgument(item.size);
     NumberText text;
-    if (!spec.grouped || (spec.letter != 'd' && spec.letter != 'i' && spec.letter != 'u'))
-        text.setInteger(spec, magnitude, isNegative);
-    else if (!text.setGrouped(spec, magnitude, isNegative))
+    if (!item.grouped || (item.letter != 'd' && item.letter != 'i' && item.letter != 'u'))
+        text.setInteger(item, magnitude, isNegative);
+    else if (!text.setGrouped(item, magnitude, isNegative))
         return false;
-    number(spec, text);
+    number(item, text);
     return true;
 }
 
 template <class Char>
-bool Formatter<Char>::floating(FormatItem const & spec) {
+bool Formatter<Char>::floating(FormatItem const & item) {
     NumberText text;
-    bool const isWritten = spec.size == Size::LongDouble ? text.setFloating(spec, va_arg(args_.list, long double))
-                                                         : text.setFloating(spec, va_arg(args_.list, double));
+    bool const isWritten = item.size == Size::LongDouble ? text.setFloating(item, va_arg(args_.list, long double))
+                                                         : text.setFloating(item, va_arg(args_.list, double));
     if (isWritten)
-        number(spec, text);
+        number(item, text);
     return isWritten;
 }
 
 // Puts a number with blanks up to the width on one side.
 template <class Char>
-void Formatter<Char>::number(FormatItem const & spec, NumberText const & text) {
+void Formatter<Char>::number(FormatItem const & item, NumberText const & text) {
     auto const putBody = [&](auto & sink) {
         if constexpr (isWide)
             if (!text.isAscii())
@@ -312,16 +312,16 @@ void Formatter<Char>::number(FormatItem const & spec, NumberText const & text) {
     Counter<Char> body;
     putBody(body);
     std::size_t const whole = text.signLength() + text.zeros() + body.length();
-    std::size_t const width = static_cast<std::size_t>(spec.width);
+    std::size_t const width = static_cast<std::size_t>(item.width);
     std::size_t const padding = width > whole ? width - whole : 0;
     std::size_t const zeros = text.zeros() + (text.isFilledWithZeros() ? padding : 0);
     std::size_t const blanks = text.isFilledWithZeros() ? 0 : padding;
-    if (!spec.left)
+    if (!item.left)
         out_.fill(static_cast<Char>(' '), blanks);
     out_.copy(text.sign(), text.signLength());
     out_.fill(static_cast<Char>('0'), zeros);
     putBody(out_);
-    if (spec.left)
+    if (item.left)
         out_.fill(static_cast<Char>(' '), blanks);
 }
 
@@ -341,55 +341,55 @@ std::size_t lengthUpTo(char const * text, std::size_t most) {
 }
 
 template <class Char>
-bool Formatter<Char>::takesWideText(FormatItem const & spec) const {
-    if (spec.size == Size::Short || spec.size == Size::Char)
+bool Formatter<Char>::takesWideText(FormatItem const & item) const {
+    if (item.size == Size::Short || item.size == Size::Char)
         return false;
-    if (spec.size != Size::Default)
+    if (item.size != Size::Default)
         return true;
-    bool const isLowerCase = spec.letter == 's' || spec.letter == 'c';
-    bool const isExchanged = isWide && letters_ == Letters::Exchanged && spec.isPlain;
+    bool const isLowerCase = item.letter == 's' || item.letter == 'c';
+    bool const isExchanged = isWide && letters_ == Letters::Exchanged && item.isPlain;
     return (isLowerCase != isExchanged) == isWide;
 }
 
 template <class Char>
-void Formatter<Char>::character(FormatItem const & spec) {
+void Formatter<Char>::character(FormatItem const & item) {
     int const argument = va_arg(args_.list, int);
-    if (takesWideText(spec)) {
+    if (takesWideText(item)) {
         wchar_t const unit = static_cast<wchar_t>(argument);
-        converted(spec, &unit, 1);
+        converted(item, &unit, 1);
     } else {
         char const byte = static_cast<char>(argument);
-        converted(spec, &byte, 1);
+        converted(item, &byte, 1);
     }
 }
 
 template <class Char>
-void Formatter<Char>::text(FormatItem const & spec) {
-    if (takesWideText(spec))
-        textOf(spec, va_arg(args_.list, wchar_t const *));
+void Formatter<Char>::text(FormatItem const & item) {
+    if (takesWideText(item))
+        textOf(item, va_arg(args_.list, wchar_t const *));
     else
-        textOf(spec, va_arg(args_.list, char const *));
+        textOf(item, va_arg(args_.list, char const *));
 }
 
 template <class Char>
 template <class From>
-void Formatter<Char>::textOf(FormatItem const & spec, From const * source) {
+void Formatter<Char>::textOf(FormatItem const & item, From const * source) {
     // A text that the precision cuts short need not be terminated: no more of it is read than is put, but for the unit
     // behind half of a surrogate pair.
-    std::size_t const limit = spec.precision < 0 ? SIZE_MAX : static_cast<std::size_t>(spec.precision);
+    std::size_t const limit = item.precision < 0 ? SIZE_MAX : static_cast<std::size_t>(item.precision);
     if (source == nullptr)
-        converted(spec, "(null)", limit < 6 ? 0 : 6);
+        converted(item, "(null)", limit < 6 ? 0 : 6);
     else if (sizeof(From) == sizeof(Char) || limit == SIZE_MAX)
-        converted(spec, source, lengthUpTo(source, limit));
+        converted(item, source, lengthUpTo(source, limit));
     else
-        converted(spec, source, SIZE_MAX, limit);
+        converted(item, source, SIZE_MAX, limit);
 }
 
 // Puts a text with its width: `length` elements of it, or up to its terminator for SIZE_MAX, but not more than `limit`
 // of the result.
 template <class Char>
 template <class From>
-void Formatter<Char>::converted(FormatItem const & spec, From const * source, std::size_t length, std::size_t limit) {
+void Formatter<Char>::converted(FormatItem const & item, From const * source, std::size_t length, std::size_t limit) {
     auto const putInto = [&](auto & sink) {
         if constexpr (sizeof(From) == sizeof(Char))
             sink.copy(source, length);
@@ -399,16 +399,16 @@ void Formatter<Char>::converted(FormatItem const & spec, From const * source, st
             narrow(sink, source, length, limit);
     };
     std::size_t blanks = 0;
-    if (spec.width != 0) {
+    if (item.width != 0) {
         Counter<Char> counter;
         putInto(counter);
-        std::size_t const width = static_cast<std::size_t>(spec.width);
+        std::size_t const width = static_cast<std::size_t>(item.width);
         blanks = width > counter.length() ? width - counter.length() : 0;
     }
-    if (!spec.left)
+    if (!item.left)
         out_.fill(static_cast<Char>(' '), blanks);
     putInto(out_);
-    if (spec.left)
+    if (item.left)
         out_.fill(static_cast<Char>(' '), blanks);
 }
 

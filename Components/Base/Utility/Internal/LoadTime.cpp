@@ -18,6 +18,7 @@
 #include "Base/Utility/Internal/LoadTime.h"
 
 #include "Base/OS/Internal/FileFactoryImpl.h"
+#include "Base/Undo/Internal/qvUndoReportFile.h"
 
 #include <cstdlib>
 #include <ctime>
@@ -34,7 +35,18 @@ struct RandomSeed {
 
 } // namespace
 
-// Ready before any code runs; only their ends are ordered here.
+} // namespace qvUtil::loadTime
+
+// The rest is ready before any code runs; only the ends are ordered here.
+
+namespace qvUndo {
+
+constinit ReportFile reportFile;
+
+} // namespace qvUndo
+
+namespace qvUtil::loadTime {
+
 constinit PointerSignal pointerInitSignal;
 constinit PointerSignal pointerAcquireSignal;
 constinit PointerSignal pointerReleaseSignal;

@@ -1,0 +1,7 @@
+#include "Base/Logic/qvPlgClause.h"
+
+namespace qvPlg {
+
+Clause::~Clause() = default;
+
+} // namespace qvPlg

@@ -1,0 +1,7 @@
+#include "Base/Logic/qvPlgEvaluator.h"
+
+namespace qvPlg {
+
+Evaluator::~Evaluator() = default;
+
+} // namespace qvPlg

@@ -1,0 +1,7 @@
+#include "Base/Logic/qvPlgInterpreter.h"
+
+namespace qvPlg {
+
+Interpreter::Interpreter() = default;
+
+} // namespace qvPlg

@@ -1,0 +1,220 @@
+#include "UndoSupport.h"
+
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <vector>
+
+namespace {
+
+using namespace qvTest;
+
+struct Probe : qvUndo::Command {
+    std::vector<std::string> & log;
+    std::function<bool()> doing = [] { return true; };
+    int asked = 0;
+    Probe(std::vector<std::string> & l, qvUndo::Group * group, char const * name = nullptr)
+        : Command(group, name), log(l) {}
+    ~Probe() override { log.push_back("end"); }
+    bool doOperation() override {
+        log.push_back("do");
+        return doing();
+    }
+    bool undoOperation() override {
+        log.push_back("undo");
+        return true;
+    }
+    int getNumBytesUsed() override {
+        ++asked;
+        return Command::getNumBytesUsed();
+    }
+    void commit() override { log.push_back("commit"); }
+};
+
+using Log = std::vector<std::string>;
+
+TEST(UndoCommand, IsAStateMachine) {
+    Trace trace;
+    Log log;
+    {
+        Probe command(log, nullptr);
+        EXPECT_TRUE(command.isValid() && !command.hasBeenDone() && !command.hasBeenUndone());
+        EXPECT_TRUE(command.doIt() && command.doIt() && command.undoIt() && command.undoIt() && command.doIt());
+        EXPECT_EQ(log, (Log{"do", "undo", "do"}));
+        EXPECT_TRUE(command.hasBeenDone() && command.hasBeenUndone() && command.lastWasDoIt());
+        EXPECT_TRUE(command.undoIt());
+        command.doing = [] { return false; };
+        EXPECT_FALSE(command.doIt());
+        EXPECT_TRUE(command.lastWasDoIt() && !command.lastWasUndoIt() && !command.isValid());
+        log.clear();
+        EXPECT_FALSE(command.doIt() || command.undoIt());
+        EXPECT_EQ(log, Log());
+        EXPECT_EQ(command.getID(), 0);
+        EXPECT_STREQ(command.getName(), "noname");
+        EXPECT_EQ(command.getNumBytesUsed(), 1024);
+        trace.news();
+    }
+    EXPECT_EQ(trace.news(), "") << "a free command ends without a line";
+    Probe backwards(log, nullptr);
+    EXPECT_TRUE(backwards.undoIt() && backwards.lastWasUndoIt() && !backwards.hasBeenDone());
+}
+
+// A whole session as it stands in the file, read by eye once.
+TEST(UndoTrace, ScriptedSession) {
+    Trace trace;
+    Log log;
+    std::unique_ptr<qvUndo::Manager> manager(qvUndo::newManager());
+    EXPECT_EQ(manager->getMaxBytes(), 10000000);
+    EXPECT_EQ(manager->getMaxGroups(), 0);
+    EXPECT_TRUE(manager->undoIt());
+    qvUndo::Group * const a = manager->newGroup("A", false);
+    auto * const move = new Probe(log, a, "move");
+    EXPECT_TRUE(move->doIt());
+    manager->newGroup("empty", false);
+    EXPECT_TRUE(manager->undoIt());
+    a->declarePointer(&log);
+    manager->pointerDestroyed(&log);
+    EXPECT_FALSE(manager->doIt());
+    std::string const p = formatted("%llx", addressOf(move));
+    std::string const pointer = formatted("%llx", addressOf(&log));
+    EXPECT_EQ(trace.news(), "- qvUndo::Manager: undoIt() - 0 groups, 0 bytes used\n"
+                            "- qvUndo::Manager: undoIt() - at beginning of queue.\n"
+                            "--------------------------------------------------------\n"
+                            "qvUndo::newGroup (A, dynamic = 0)\n"
+                            "qvUndo::Manager: pruneTrailingInvalidGroups()\n"
+                            "  qvUndo::Group: new group (A)\n"
+                            "    qvUndo::Command: new (move, 0x" +
+                                p +
+                                ")\n"
+                                "    + qvUndo::Command: doIt (move, 0x" +
+                                p +
+                                "), 1024 bytes\n"
+                                "--------------------------------------------------------\n"
+                                "qvUndo::newGroup (empty, dynamic = 0)\n"
+                                "qvUndo::Manager: pruneTrailingInvalidGroups()\n"
+                                "  qvUndo::Group: new group (empty)\n"
+                                "- qvUndo::Manager: undoIt() - 2 groups, 1024 bytes used\n"
+                                "  - qvUndo::Group: undoIt() - (empty) 0 commands 0 bytes.\n"
+                                "- qvUndo::Manager: undoIt() - empty group, undoing again.\n"
+                                "- qvUndo::Manager: undoIt() - 2 groups, 1024 bytes used\n"
+                                "  - qvUndo::Group: undoIt() - (A) 1 commands 1024 bytes.\n"
+                                "    - qvUndo::Command: undoIt (move, 0x" +
+                                p +
+                                "), 1024 bytes\n"
+                                "!   qvUndo::Group: pointer 0x" +
+                                pointer +
+                                " declared by group has been destroyed\n"
+                                "!   qvUndo::Group: marking group (A) invalid.\n"
+                                "+ qvUndo::Manager: doIt() - 2 groups, 1024 bytes used\n"
+                                "  + qvUndo::Group: doIt() - (A) 1 commands 1024 bytes.\n"
+                                "  ! qvUndo::Group: doIt() - (A) invalid group.\n"
+                                "qvUndo::Manager: currentGroupIsInvalid()\n"
+                                "qvUndo::Manager: clearAllGroups()\n"
+                                "  qvUndo::Group: delete group (A) - 1024 bytes\n"
+                                "    qvUndo::Command: delete (move, 0x" +
+                                p +
+                                ")\n"
+                                "  qvUndo::Group: delete group (empty) - 0 bytes\n");
+    EXPECT_EQ(log, (Log{"do", "undo", "commit", "end"}));
+}
+
+TEST(UndoTrace, LinesAreCutAndFilesAppended) {
+    std::string path;
+    {
+        Trace trace;
+        path = trace.path();
+        for (std::size_t length : {1022U, 1023U, 1024U, 5000U}) {
+            qvUndoReport("%s", std::string(length, 'x').c_str());
+            EXPECT_EQ(trace.news(), std::string(std::min<std::size_t>(length, 1023), 'x'));
+        }
+        qvUndoReportInit(path.c_str());
+        EXPECT_EQ(trace.news(), "\n------------------------------\n\n");
+        qvUndoReportInit((path + "/no/such").c_str());
+        qvUndoReport("lost\n");
+        EXPECT_EQ(trace.news(), "");
+    }
+    Log log;
+    std::unique_ptr<qvUndo::Manager> manager(qvUndo::newManager());
+    manager->setMaxBytes(0);
+    auto * const silent = new Probe(log, manager->newGroup("A", false));
+    EXPECT_TRUE(silent->doIt() && manager->undoIt() && manager->doIt());
+    EXPECT_EQ(silent->asked, 0) << "no argument of a line is computed without a trace";
+}
+
+// What an operation may do to its own manager, group and command.
+TEST(UndoManager, OperationsThatComeBack) {
+    Log log;
+    qvUndo::Manager * const first = qvUndo::newManager();
+    qvUndo::installManager(first);
+    EXPECT_EQ(qvUndo::getInstalledManager(), first);
+    first->setMaxGroups(1);
+    qvUndo::Group * const group = first->newGroup(nullptr, false);
+    EXPECT_STREQ(group->getName(), "");
+    auto * const command = new Probe(log, group);
+    auto * later = command;
+    command->doing = [&] {
+        first->clearAllGroups();
+        EXPECT_EQ(first->newGroup("would drop this step", false), nullptr);
+        if (later == command)
+            later = new Probe(log, group);
+        return true;
+    };
+    EXPECT_TRUE(command->doIt()) << "also when it is called directly";
+    EXPECT_FALSE(first->isBusy());
+    EXPECT_TRUE(later->doIt() && first->undoIt());
+    EXPECT_EQ(group->getNumCommands(), 2);
+
+    // The manager is replaced while it works: it ends its work first.
+    log.clear();
+    command->doing = [] {
+        qvUndo::installManager(nullptr);
+        return true;
+    };
+    EXPECT_TRUE(first->doIt());
+    EXPECT_EQ(log, (Log{"do", "do", "commit", "commit", "end", "end"}));
+    EXPECT_EQ(qvUndo::getInstalledManager(), nullptr);
+}
+
+TEST(UndoManager, WhatAnOperationThrowsDropsTheHistory) {
+    Log log;
+    std::vector<bool> busy; // outlives the manager, which emits to its end
+    std::unique_ptr<qvUndo::Manager> manager(qvUndo::newManager());
+    auto * const command = new Probe(log, manager->newGroup("A", false));
+    auto * const neighbour = new Probe(log, manager->getGroup(-1));
+    EXPECT_TRUE(command->doIt() && neighbour->doIt() && manager->undoIt());
+    neighbour->doing = []() -> bool { throw std::runtime_error("no"); };
+    manager->getBusySignal().addCallback([&](bool on) { busy.push_back(on); });
+    log.clear();
+    EXPECT_THROW(manager->doIt(), std::runtime_error);
+    EXPECT_EQ(log, (Log{"do", "do", "commit", "commit", "end", "end"}));
+    EXPECT_EQ(busy, (std::vector<bool>{true, true, false, false}));
+    EXPECT_FALSE(manager->isBusy());
+    EXPECT_EQ(manager->getNumGroups(false), 0);
+    EXPECT_NE(manager->newGroup("B", false), nullptr);
+}
+
+// Commands deleted by hand leave their group; commands that meet a dying group stay free.
+TEST(UndoManager, OwnershipIsNeverDoubled) {
+    Log log;
+    std::unique_ptr<Probe> late;
+    std::unique_ptr<qvUndo::Manager> manager(qvUndo::newManager());
+    qvUndo::Group * const a = manager->newGroup("A", false);
+    qvUndo::Group * const b = manager->newGroup("B", false);
+    auto * const shared = new Probe(log, a);
+    delete new Probe(log, a);
+    b->addCommand(shared);
+    shared->addToGroup(b);
+    EXPECT_EQ(a->getNumCommands(), 1);
+    EXPECT_EQ(b->getNumCommands(), 0);
+    EXPECT_EQ(a->getCommand(-1), shared);
+    EXPECT_EQ(a->getCommand(1), nullptr);
+    EXPECT_EQ(a->getCommand(-2), nullptr);
+    manager->groupDestroyed(a); // it is not
+    EXPECT_EQ(manager->getNumGroups(false), 2);
+    manager->getGroupDestroyedSignal().addCallback(
+        [&](qvUndo::Group * group) { late = std::make_unique<Probe>(log, group); });
+    manager->clearAllGroups();
+    EXPECT_EQ(late->getID(), 0);
+}
+
+} // namespace
