@@ -18,6 +18,8 @@
 #include "Base/Utility/Internal/LoadTime.h"
 
 #include "Base/OS/Internal/FileFactoryImpl.h"
+#include "Base/Threads/Internal/SimpleQueue.h"
+#include "Base/Threads/Internal/SimpleThreadPool.h"
 
 #include <cstdlib>
 #include <ctime>
@@ -39,5 +41,9 @@ constinit PointerSignal pointerInitSignal;
 constinit PointerSignal pointerAcquireSignal;
 constinit PointerSignal pointerReleaseSignal;
 constinit PointerSignal pointerDeleteSignal;
+
+// The same holds for these two.
+constinit SimpleThreadPool singleThreadedPool;
+constinit SimpleQueue singleThreadedQueue;
 
 } // namespace qvUtil::loadTime
