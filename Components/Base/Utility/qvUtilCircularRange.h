@@ -40,8 +40,8 @@ public:
     bool isWrapped() const { return begin_ > end_; }
     /// The number of values; 0 when invalid.
     int size() const;
-    /// Reduces both ends to the circle, and makes a range whose `end` is followed by `begin` the full one. What (-1, -1)
-    /// or a modulus below 1 has made invalid stays so.
+    /// Reduces both ends to the circle, and makes a range whose `end` is followed by `begin` the full one. What (-1,
+    /// -1) or a modulus below 1 has made invalid stays so.
     void canonicalize();
 
     /// A value outside of the circle is in no range.

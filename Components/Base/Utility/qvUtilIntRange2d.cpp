@@ -30,8 +30,8 @@ int IntRange2d::wrap(int axis, int value) const {
 
 void IntRange2d::include(IntRange2d const & other) {
     for (int axis = 0; axis < 2; ++axis) {
-        std::int64_t const end = std::max(std::int64_t{min_[axis]} + size_[axis],
-                                          std::int64_t{other.min_[axis]} + other.size_[axis]);
+        std::int64_t const end =
+            std::max(std::int64_t{min_[axis]} + size_[axis], std::int64_t{other.min_[axis]} + other.size_[axis]);
         min_[axis] = std::min(min_[axis], other.min_[axis]);
         size_[axis] = saturated(end - min_[axis]);
     }

@@ -9,9 +9,9 @@
 
 namespace qvUtil {
 
-/// A rectangle whose greatest value along an axis is min + size - 1; compare IntRect, which contains its far side. Axis 0
-/// is x, axis 1 is y, and no other is looked for. The default is all 0. Results that an int cannot hold are the nearest
-/// that it can. A plain value.
+/// A rectangle whose greatest value along an axis is min + size - 1; compare IntRect, which contains its far side. Axis
+/// 0 is x, axis 1 is y, and no other is looked for. The default is all 0. Results that an int cannot hold are the
+/// nearest that it can. A plain value.
 class QV_EXPORT IntRange2d {
 public:
     IntRange2d() = default;

@@ -10,8 +10,8 @@
 namespace qvUtil {
 
 /// A rectangle from a corner x, y to the far corner x + width, y + height, which is inside; compare IntRange2d, which
-/// is half-open. One whose width or height is -1 is uninitialised, as it is made: it contains nothing, meets nothing and
-/// equals nothing, and becomes the first thing that it is grown to contain. Results that an int cannot hold are the
+/// is half-open. One whose width or height is -1 is uninitialised, as it is made: it contains nothing, meets nothing
+/// and equals nothing, and becomes the first thing that it is grown to contain. Results that an int cannot hold are the
 /// nearest that it can. A plain value.
 class QV_EXPORT IntRect {
 public:

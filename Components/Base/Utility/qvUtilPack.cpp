@@ -117,8 +117,9 @@ private:
         return true;
     }
 
-    // While the largest item is longer than the side none can be placed, and there is no need to try. Where that goes on
-    // for very long, with a thin item that is longer than the root of all areas by orders of magnitude, it is cut short.
+    // While the largest item is longer than the side none can be placed, and there is no need to try. Where that goes
+    // on for very long, with a thin item that is longer than the root of all areas by orders of magnitude, it is cut
+    // short.
     bool enlargeSquare(Wide left) {
         constexpr int longest = 1000000;
         Wide const needed = std::max(items_.width, items_.height);
@@ -160,9 +161,8 @@ IntRange2d pack(qv::vector<IntRange2d> & items, bool powerOfTwo, std::int64_t * 
     if (items.empty())
         return IntRange2d();
     Ordering ordering;
-    ordering.sort(items.data(), static_cast<unsigned>(items.size()), [](IntRange2d const & a, IntRange2d const & b) {
-        return largerSideOf(a) > largerSideOf(b);
-    });
+    ordering.sort(items.data(), static_cast<unsigned>(items.size()),
+                  [](IntRange2d const & a, IntRange2d const & b) { return largerSideOf(a) > largerSideOf(b); });
     qv::vector<IntRange2d> sorted;
     sorted.reserve(items.size());
     for (int i = 0; i < items.size(); ++i)

@@ -11,13 +11,13 @@
 
 namespace qvUtil {
 
-/// Places items into the bin in their order, each in the first free part in which it fits, and cuts what is left of that
-/// part in two. Each item that fits gets its place as its min. After the first one that does not fit none is tried. The
-/// result is the area of all items that were not placed, INT_MAX if it is more: 0 means that everything fits, apart
-/// from items without any area. A negative size counts as 0, and becomes that.
+/// Places items into the bin in their order, each in the first free part in which it fits, and cuts what is left of
+/// that part in two. Each item that fits gets its place as its min. After the first one that does not fit none is
+/// tried. The result is the area of all items that were not placed, INT_MAX if it is more: 0 means that everything
+/// fits, apart from items without any area. A negative size counts as 0, and becomes that.
 ///
-/// The memory is that of up to four nodes for each item; the time grows with n to n * n, depending on how many parts are
-/// too small for what comes later. Items that are sorted by their larger side, largest first, fill the bin best.
+/// The memory is that of up to four nodes for each item; the time grows with n to n * n, depending on how many parts
+/// are too small for what comes later. Items that are sorted by their larger side, largest first, fill the bin best.
 QV_EXPORT int pack(qv::vector<IntRange2d> & items, IntRange2d const & bin);
 
 /// Chooses the bin: sorts the items by their larger side (with the installed thread pool) and enlarges a bin that could

@@ -38,7 +38,8 @@ int PackTree::findLeaf(int width, int height) const {
     return nowhere;
 }
 
-// Cuts along the axis with more slack; gives the part of the leaf that has the rectangle's size on the axis that is cut.
+// Cuts along the axis with more slack; gives the part of the leaf that has the rectangle's size on the axis that is
+// cut.
 int PackTree::cut(int leaf, int width, int height) {
     Node const old = nodes_[static_cast<std::size_t>(leaf)];
     bool const isAcross = old.width - width <= old.height - height;
