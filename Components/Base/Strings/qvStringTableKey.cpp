@@ -32,9 +32,7 @@ bool isValidKey(std::string_view key) {
            std::all_of(key.begin(), key.end(), isAllowed);
 }
 
-int Key::compareSetID(Key const & other) const {
-    return partsOf(value()).setID.compare(partsOf(other.value()).setID);
-}
+int Key::compareSetID(Key const & other) const { return partsOf(value()).setID.compare(partsOf(other.value()).setID); }
 
 bool Key::getSubParts(CString & setID, CString & name) const {
     // The results may be what the parts are views of.

@@ -135,8 +135,7 @@ bool StringTable::assign(Key const & key, IString const & text) {
 
 bool StringTable::remove(Key const & key) { return body_->remove(key); }
 
-int StringTable::getKeys(int (*compare)(Key const &, Key const &), Key const & reference,
-                         qv::vector<Key> & out) const {
+int StringTable::getKeys(int (*compare)(Key const &, Key const &), Key const & reference, qv::vector<Key> & out) const {
     qv::vector<Key> keys; // the reference may lie in `out`
     for (Body::Entry const & entry : body_->entries())
         if (compare(reference, entry.first) == 0)

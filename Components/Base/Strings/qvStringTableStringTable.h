@@ -37,8 +37,8 @@ public:
     qvString::IString const & getString(Key const & key, qvString::IString const & fallback,
                                         bool * found = nullptr) const;
 
-    /// Adds the entry, or replaces the text of the one that is there. Always true. std::bad_alloc leaves the table as it
-    /// was.
+    /// Adds the entry, or replaces the text of the one that is there. Always true. std::bad_alloc leaves the table as
+    /// it was.
     bool assign(Key const & key, qvString::IString const & text);
     /// False when there is no such key.
     bool remove(Key const & key);

@@ -11,8 +11,8 @@
 
 namespace qvStringTable {
 
-// Lines of at most 4097 bytes with their line feed; what is longer comes in pieces, cut between characters. CR LF counts
-// and reads as LF.
+// Lines of at most 4097 bytes with their line feed; what is longer comes in pieces, cut between characters. CR LF
+// counts and reads as LF.
 class CatalogLines {
 public:
     CatalogLines() = default;

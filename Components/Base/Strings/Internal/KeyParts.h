@@ -13,8 +13,8 @@ struct KeyParts {
     bool areTwo;
 };
 
-/// What splitting at `.` gives, when it gives two parts; else an empty set and the whole as the name. A delimiter at the
-/// end makes no empty part behind it.
+/// What splitting at `.` gives, when it gives two parts; else an empty set and the whole as the name. A delimiter at
+/// the end makes no empty part behind it.
 KeyParts partsOf(std::string_view key);
 
 bool isValidKey(std::string_view key);
