@@ -1,6 +1,7 @@
 #include "Base/Threads/qvUtilThreadedAlg.h"
 
-#include "Base/Threads/Internal/ProgressUse.h"
+#include "Base/Utility/qvUtilProgress.h"
+
 
 #include <algorithm>
 #include <atomic>
@@ -36,13 +37,13 @@ int ThreadedAlgBase::getEndIndex(int threadIndex, int numThreads, int size) {
 
 void ThreadedAlgBase::updateProgress(int threadIndex, double value) {
     if (Progress * const progress = getProgress(threadIndex))
-        reportTo(*progress, value);
+        progress->set(value);
 }
 
 bool ThreadedAlgBase::cancelled(int threadIndex) {
     std::atomic_ref<bool> flag(cancelledFlag_);
     if (Progress * const progress = getProgress(threadIndex))
-        if (isCancelled(*progress))
+        if (progress->cancelled())
             flag.store(true, std::memory_order_relaxed);
     return flag.load(std::memory_order_relaxed);
 }

@@ -1,8 +1,8 @@
 #include "Base/Threads/qvUtilThreadedTaskQueue.h"
 
-#include "Base/Threads/Internal/ProgressUse.h"
 #include "Base/Threads/Internal/SimpleQueue.h"
 #include "Base/Threads/qvUtilThreadedTask.h"
+#include "Base/Utility/qvUtilProgress.h"
 
 #include <memory>
 #include <utility>
@@ -91,6 +91,6 @@ void SimpleQueue::release() {
     cancelObject_ = nullptr;
 }
 
-bool SimpleQueue::cancelled() { return cancelObject_ != nullptr && cancellable_ && isCancelled(*cancelObject_); }
+bool SimpleQueue::cancelled() { return cancelObject_ != nullptr && cancellable_ && cancelObject_->cancelled(); }
 
 } // namespace qvUtil

@@ -3,9 +3,9 @@
 #include "Base/Threads/qvUtilOrdering.h"
 #include "Base/Utility/Internal/PackTree.h"
 #include "Base/Utility/Internal/Saturated.h"
+#include "Base/Utility/qvUtilPowerOfTwo.h"
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <limits>
 
@@ -34,13 +34,7 @@ Wide rootOf(Wide value) {
     return root;
 }
 
-// The next power of two that is not below; the largest int where an int has none.
-int powerOfTwoFrom(Wide value) {
-    if (value < 2)
-        return 1;
-    return value > (Wide{1} << 30) ? static_cast<int>(largestInt)
-                                   : static_cast<int>(std::bit_ceil(static_cast<unsigned>(value)));
-}
+int powerOfTwoFrom(Wide value) { return ceilPowerOfTwo(saturated(value)); }
 
 // How many were placed, from the first on.
 int placeInto(qv::vector<IntRange2d> & items, IntRange2d const & bin) {
