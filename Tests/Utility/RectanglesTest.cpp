@@ -193,7 +193,8 @@ void expectSound(Items const & packed, Items const & items, IntRange2d const & b
         for (int j = 0; j < i; ++j) {
             bool isApart = packed[i].area() == 0 || packed[j].area() == 0;
             for (int axis : {0, 1})
-                isApart = isApart || packed[i].max(axis) < packed[j].min(axis) || packed[j].max(axis) < packed[i].min(axis);
+                isApart =
+                    isApart || packed[i].max(axis) < packed[j].min(axis) || packed[j].max(axis) < packed[i].min(axis);
             ASSERT_TRUE(isApart) << i << " and " << j;
         }
     }

@@ -2,7 +2,6 @@
 
 #include "Base/Utility/qvUtilProgress.h"
 
-
 #include <algorithm>
 #include <atomic>
 #include <cstdint>
