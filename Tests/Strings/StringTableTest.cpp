@@ -158,9 +158,13 @@ TEST_F(Catalog, EntriesAreReadAsTold) {
         {"a.b = \"x\"", "x"},
         {"// note\n // note\n\xC3\xA9//\n\n \t\na.b = \"x\"\n", "x"},
         {"\ta.b\t= \t\"x\" \r\n", "x"},
-        {"\xEF\xBB\xBFx.y = \"\"\n\xEF\xBB\xBF\xEF\xBB\xBF//\n\xEF\xBB\xBF" "a.b = \"x\"", "x"},
+        {"\xEF\xBB\xBFx.y = \"\"\n\xEF\xBB\xBF\xEF\xBB\xBF//\n\xEF\xBB\xBF"
+         "a.b = \"x\"",
+         "x"},
         {"a.b = \"x\"\na.b = \"y\"\r\n", "y"},
-        {"\xE2\x80\x83" "a.b =\xE3\x80\x80\"x\"\xE2\x80\x83", "x"},
+        {"\xE2\x80\x83"
+         "a.b =\xE3\x80\x80\"x\"\xE2\x80\x83",
+         "x"},
         {"a.bX=\"x\"", "x"}, // the character in front of the sign goes
         {"a.b\xF0\x9F\x98\x80=\"x\"", "x"},
         {"a.b = \"http://x\"", "http://x"},
@@ -335,9 +339,34 @@ private:
 
 TEST_F(Catalog, ReadsWhatASlowReaderReads) {
     SeededRandom random;
-    char const * const tokens[] = {"a", "b", ".", "=", " = ", "\"", "\"", "\\", "\\\n", "//", "/", "\n", "\n", "\r\n",
-                                   " ", "\t", "n", "t", "\\r", "\\n", "\xC3\xA9", "\xE2\x80\x83", "\xEF\xBB\xBF",
-                                   "a.b = \"", "b.a = \"x\"\n", "// \"", "\\\"", "\"\""};
+    char const * const tokens[] = {"a",
+                                   "b",
+                                   ".",
+                                   "=",
+                                   " = ",
+                                   "\"",
+                                   "\"",
+                                   "\\",
+                                   "\\\n",
+                                   "//",
+                                   "/",
+                                   "\n",
+                                   "\n",
+                                   "\r\n",
+                                   " ",
+                                   "\t",
+                                   "n",
+                                   "t",
+                                   "\\r",
+                                   "\\n",
+                                   "\xC3\xA9",
+                                   "\xE2\x80\x83",
+                                   "\xEF\xBB\xBF",
+                                   "a.b = \"",
+                                   "b.a = \"x\"\n",
+                                   "// \"",
+                                   "\\\"",
+                                   "\"\""};
     int faults = 0;
     for (int round = 0; round < 1500; ++round) {
         std::string bytes;
