@@ -41,9 +41,8 @@ TEST_F(QvCatalog, WhatCannotBeReadIsWorse) {
     Outcome const outcome = run("check missing faulty .");
     EXPECT_EQ(outcome.status, 2);
     EXPECT_EQ(outcome.out, "faulty:1: Expected idToken = \"quoted value string\" format: x\n");
-    EXPECT_EQ(outcome.err,
-              "qvcatalog: Can't open catalog file missing for read: No such file or directory\n"
-              "qvcatalog: Error reading file .: Is a directory\n");
+    EXPECT_EQ(outcome.err, "qvcatalog: Can't open catalog file missing for read: No such file or directory\n"
+                           "qvcatalog: Error reading file .: Is a directory\n");
     EXPECT_EQ(run("check faulty > /dev/full").status, 2);
     Outcome const bad = run("check --quiet faulty");
     EXPECT_EQ(bad.status, 2);

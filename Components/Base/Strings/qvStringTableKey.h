@@ -7,6 +7,7 @@
 #include "Base/qvBaseConfig.h"
 
 #include <compare>
+#include <string_view>
 
 namespace qvStringTable {
 
@@ -21,6 +22,7 @@ public:
     Key(qvString::CString const & text) : text_(text) {}
     /// Null gives an empty key, here and in assign().
     Key(char const * text) : text_(text) {}
+    explicit Key(std::string_view text) : text_(text) {}
 
     void assign(Key const & other) { text_ = other.text_; }
     void assign(qvString::CString const & text) { text_ = text; }

@@ -31,7 +31,7 @@ IString * StringTable::Body::find(std::string_view key) const {
         Entry * const entry = slots_[slotOf(key, hashOf(key))].entry;
         return entry != nullptr ? &entry->second : nullptr;
     }
-    auto const entry = entries_.find(Key(CString(key)));
+    auto const entry = entries_.find(Key(key));
     return entry != entries_.end() ? const_cast<IString *>(&entry->second) : nullptr;
 }
 
@@ -77,7 +77,7 @@ bool StringTable::Body::assign(std::string_view key, IString && text) {
     }
     makeRoom();
     Map::const_iterator const hint = last_ == entries_.end() ? last_ : std::next(last_);
-    last_ = entries_.try_emplace(hint, Key(CString(key)), std::move(text));
+    last_ = entries_.try_emplace(hint, Key(key), std::move(text));
     if (hasIndex())
         add(&*last_, hashOf(key));
     return true;
