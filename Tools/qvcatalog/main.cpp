@@ -61,7 +61,7 @@ Status checkOne(char const * file) {
         complain(withoutNewlines(error.message()));
         return unusable;
     }
-    std::printf("%s:%s\n", shown(file).c_str(), shown(faultOf(error.message())).c_str());
+    std::printf("%s:%s\n", shown(std::string(file)).c_str(), shown(faultOf(error.message())).c_str());
     return faulty;
 }
 
