@@ -111,11 +111,14 @@ void program(benchmark::State & state, std::string const & line, std::string con
 
 void addProgram(std::string const & name, std::string const & line, std::string const & result,
                 void (*prepare)() = nullptr) {
-    benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State & state) {
-        if (prepare)
-            prepare();
-        program(state, line, result);
-    })->UseRealTime()->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark(name.c_str(),
+                                 [=](benchmark::State & state) {
+                                     if (prepare)
+                                         prepare();
+                                     program(state, line, result);
+                                 })
+        ->UseRealTime()
+        ->Unit(benchmark::kMillisecond);
 }
 
 std::string const package = "'" QVPACKAGE_PROGRAM "' ";

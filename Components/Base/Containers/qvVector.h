@@ -317,7 +317,7 @@ private:
             Storage const grown = sGrown(full, table());
             T * const slot = static_cast<T *>(grown.data) + index;
             if (index != full.capacity)
-                std::memmove(static_cast<void *>(slot + 1), static_cast<void *>(slot),
+                std::memmove(static_cast<void *>(slot + 1), static_cast<void const *>(slot),
                              sizeof(T) * std::size_t(full.capacity - index));
             carrier.moveTo(slot);
             return grown;

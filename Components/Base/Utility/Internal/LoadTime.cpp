@@ -18,6 +18,9 @@
 #include "Base/Utility/Internal/LoadTime.h"
 
 #include "Base/OS/Internal/FileFactoryImpl.h"
+#include "Base/Strings/qvStringTableStringTable.h"
+#include "Base/Threads/Internal/SimpleQueue.h"
+#include "Base/Threads/Internal/SimpleThreadPool.h"
 #include "Base/Undo/Internal/qvUndoReportFile.h"
 
 #include <cstdlib>
@@ -51,5 +54,14 @@ constinit PointerSignal pointerInitSignal;
 constinit PointerSignal pointerAcquireSignal;
 constinit PointerSignal pointerReleaseSignal;
 constinit PointerSignal pointerDeleteSignal;
+
+// The same holds for these two.
+constinit SimpleThreadPool singleThreadedPool;
+constinit SimpleQueue singleThreadedQueue;
+
+// Made by the first call, which may come from here.
+namespace {
+[[maybe_unused]] auto const & stringTable = qvStringTable::appStringTable();
+}
 
 } // namespace qvUtil::loadTime
