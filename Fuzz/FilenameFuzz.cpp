@@ -62,6 +62,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const * data, std::size_t siz
     if (size % 2 == 1) { // mostly bytes
         text.assign(data, data + size);
     }
+    std::erase(text, u'\0'); // copies of a name end at one
     IString const name{std::u16string_view(text)};
     for (wchar_t const separator : {L'/', L'\\', L':'}) {
         checkParts(Filename(name, separator), separator);

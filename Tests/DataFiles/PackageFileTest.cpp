@@ -339,6 +339,13 @@ TEST_F(PackageFile, DirectoriesThatLieAreRefused) {
         EXPECT_THAT(openBytes(start + directory(lies[i])), FailsWith(17, "Error reading directory: " + path("p"))) << i;
         EXPECT_TRUE(package_->getPackageFileName().isEmpty() && package_->size() == 0) << i;
     }
+    // A record that claims to define an object is no record.
+    std::string claims = directory({{"a", 85, 20}, {".", end, -1}});
+    std::size_t const flagAt = claims.find("@\n", claims.find("package.entry")) + 2 + 4;
+    claims.replace(flagAt, 4, "\1\0\0\0"s);
+    claims.insert(flagAt + 8, "\1\0\0\0"s);
+    claims[flagAt + 4] = static_cast<char>(claims[flagAt + 4] + 4);
+    EXPECT_THAT(openBytes(start + claims), FailsWith(17, "Error reading directory: " + path("p")));
     std::vector<Record> const sound = {{"a", 85, 5}, {"", 90, 5}, {"", 95, 10}, {".", end, -1}};
     EXPECT_THAT(openBytes(start + directory(sound, false)), FailsWith(17, "Error reading directory: " + path("p")));
     ASSERT_THAT(openBytes(start + directory(sound)), Succeeds());

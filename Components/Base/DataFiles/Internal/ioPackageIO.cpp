@@ -4,6 +4,8 @@
 #include "Base/DataFiles/ioPacketType.h"
 #include "Base/DataFiles/ioReadContext.h"
 
+#include <cstdlib>
+
 namespace ioPackageIO {
 
 namespace {
@@ -17,8 +19,22 @@ void readPackageEntry(ioClientReadContext & client) {
 
 void PackageRegistry::registerAllTypes() { supportedType(new ioReadPacketByFunction(entryTypeName, readPackageEntry)); }
 
+PackageReadContext::~PackageReadContext() {
+    for (void * const text : texts_)
+        std::free(text);
+}
+
+void PackageReadContext::postPacketRead() {
+    ioReadContext const & context = getReadContext();
+    if (void * const text = context.getReferenceDefinition(context.getPacketReference()))
+        texts_.append(text);
+}
+
 void PackageReadContext::readEntry() {
     ioReadContext & context = getReadContext();
+    // A record builds no object. One that claims to would wait for its definition for ever.
+    if (context.getPacketReference() != 0)
+        return context.badPacket();
     char const * const text = context.readCString();
     // The text is good until the next field is read in the forms of text.
     qvString::CString const name(text);

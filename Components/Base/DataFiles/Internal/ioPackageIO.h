@@ -3,6 +3,7 @@
 #ifndef ioPackageIO_h
 #define ioPackageIO_h
 
+#include "Base/Containers/qvVector.h"
 #include "Base/DataFiles/ioClientContext.h"
 #include "Base/DataFiles/ioPacketRegistry.h"
 
@@ -23,12 +24,16 @@ class PackageReadContext : public ioClientReadContext {
 public:
     PackageReadContext(ioReadContext & context, ioPackageFile & package)
         : ioClientReadContext(context), package_(package) {}
+    ~PackageReadContext() override;
 
+    // A directory has no use for texts that can be referred to, but a file may hold some.
+    void postPacketRead() override;
     // Takes the fields of one record.
     void readEntry();
 
 private:
     ioPackageFile & package_;
+    qv::vector<void *> texts_; // from malloc, ours to free
 };
 
 } // namespace ioPackageIO
