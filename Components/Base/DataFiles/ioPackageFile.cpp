@@ -284,7 +284,9 @@ Error ioPackageFile::readDirectory() {
     ioPackageIO::PackageRegistry registry(true);
     std::unique_ptr<ioReadContext> const context(ioReadContextAlloc(stream, &registry));
     bool isRead = false;
-    if (context != nullptr) {
+    // No other form is written, and a mismatch in one with tags would end the process.
+    if (context != nullptr &&
+        (context->getReadMethod() == ioReadBinarySameEndian || context->getReadMethod() == ioReadBinarySwapped)) {
         entries_.clear();
         places_.clear();
         ioPackageIO::PackageReadContext client(*context, *this);
