@@ -61,8 +61,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const * data, std::size_t siz
     unsigned const half = name.length() / 2;
     checkParts(Filename(name.substr(0, half), name.substr(half)));
     ioPackageFile const package;
-    IString const clean = package.cleanupName(name);
-    require(package.cleanupName(clean) == clean);
+    require(package.cleanupName(name).length() <= name.length());
     IString place;
     if (!ioPackageFile::placeBelow(IString(L"/d"), name, place)) {
         require(place.find(L"/d/") == 0 && staysBelow(place));
