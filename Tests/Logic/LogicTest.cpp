@@ -201,11 +201,14 @@ TEST(LogicQuery, ClausesOneByOne) {
     interpreter.getDB().addFact("two", number(2));
     interpreter.getDB().addFact("s", number(1), number(2));
     interpreter.getDB().addFact("t", text("1"));
+    interpreter.getDB().addFact(Fact("raining", Values()));
+    Expression const raining = invokeMatch(Fact("raining", Values()));
+    interpreter.getRules().insert(Rule("raining", 0, &nothing));
     interpreter.getRules().insert(Rule("p", 1, &two));
     interpreter.getRules().insert(Rule("rule", 1, &two));
     interpreter.getRules().insert(Rule("rule", 1, &nothing)); // there is one already
     interpreter.getRules().insert(Rule("rule", 2, nullptr));
-    EXPECT_EQ(interpreter.getRules().size(), 3);
+    EXPECT_EQ(interpreter.getRules().size(), 4);
     EXPECT_EQ(compare(Rule("a", 3, nullptr), Rule("a", 1, nullptr)), 2);
     EXPECT_EQ(compare(Rule("a", 1, nullptr), Rule("a", 1, &two)), 1);
     EXPECT_LT(compare(Rule("a", 9, nullptr), Rule("b", 1, nullptr)), 0);
@@ -221,6 +224,10 @@ TEST(LogicQuery, ClausesOneByOne) {
         {"a rule without a function", clause("rule", x, y), ""},
         {"no fact and no rule", clause("no", x), ""},
         {"another type", clause("t", x), ""},
+        {"no argument", raining, "(null)"},
+        {"no argument, in front", raining & clause("p", x), "1, 2, 3"},
+        {"no argument, negated", !raining, ""},
+        {"no argument and no fact", invokeMatch(Fact("two", Values())), ""},
         {"a variable twice", clause("s", x, x), "1"},
         {"and", clause("p", x) & clause("q", x), "2, 3"},
         {"or keeps to the left", clause("p", x) || clause("q", x), "1, 2, 3"},

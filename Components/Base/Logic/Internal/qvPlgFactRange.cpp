@@ -55,17 +55,17 @@ FactRange::FactRange(Fact const & goal, Database const & database) : goal_(&goal
         key_ = keyOf(*goal.values()[0]);
 }
 
-FactRange::Row FactRange::first() {
+bool FactRange::first() {
     group_ = nullptr;
     if (!name_)
-        return nullptr;
+        return false;
     if (key_ != 0 && database_->groupsAreWhole_ && findGroup())
-        return group_ ? seekInGroup() : nullptr;
+        return group_ && seekInGroup();
     place_ = database_->getFacts().lower_bound(*this);
     return seekInSet();
 }
 
-FactRange::Row FactRange::next() {
+bool FactRange::next() {
     if (group_) {
         ++index_;
         return seekInGroup();
@@ -96,25 +96,25 @@ bool FactRange::findGroup() {
     return true;
 }
 
-FactRange::Row FactRange::seekInGroup() {
+bool FactRange::seekInGroup() {
     for (; index_ < group_->size(); ++index_) {
-        Row const row = group_->row(index_);
+        row_ = group_->row(index_);
         fetchAhead();
-        if (orderOfRow(row, 1) != 0)
+        if (orderOfRow(row_, 1) != 0)
             break;
-        if (matches(row))
-            return row;
+        if (matches(row_))
+            return true;
     }
-    return nullptr;
+    return false;
 }
 
-FactRange::Row FactRange::seekInSet() {
+bool FactRange::seekInSet() {
     for (auto const end = database_->getFacts().end(); place_ != end && order(*place_) == 0; ++place_) {
-        Row const row = place_->values().data();
-        if (matches(row))
-            return row;
+        row_ = place_->values().data();
+        if (matches(row_))
+            return true;
     }
-    return nullptr;
+    return false;
 }
 
 // A value is two steps away, which wait for memory one after the other. Those of the next facts are taken ahead, each

@@ -27,10 +27,12 @@ public:
     // The arguments of a fact; as many as the goal has.
     using Row = qv::Reference<Value> const *;
 
-    // The first fact of the range that agrees with the goal in the other arguments too, and the one behind that. Null
-    // when there is none. An argument of the goal that is a variable agrees with any value of its type.
-    Row first();
-    Row next();
+    // Go to the first fact of the range that agrees with the goal in the other arguments too, and to the one behind
+    // that; false when there is none. An argument of the goal that is a variable agrees with any value of its type.
+    bool first();
+    bool next();
+    // The arguments of the fact. Null for a fact without any: it tells nothing about whether there is a fact.
+    Row row() const { return row_; }
 
     // A number that sorts as the value does, as far as it goes: of two values with keys the one with the smaller key
     // sorts first. Equal keys tell that integers are equal, and nothing about texts. 0 stands for a value of any other
@@ -44,8 +46,8 @@ public:
 
 private:
     bool findGroup();
-    Row seekInGroup();
-    Row seekInSet();
+    bool seekInGroup();
+    bool seekInSet();
     void fetchAhead() const;
     bool matches(Row row) const;
 
@@ -57,6 +59,7 @@ private:
     Database const * database_ = nullptr;
     int leading_ = 0;       // arguments in front of the first variable
     std::uint64_t key_ = 0; // of the first argument, if it is one of these
+    Row row_ = nullptr;
     // What is still to come: in a group of the database, or else in its set.
     Database::Group const * group_ = nullptr;
     int index_ = 0;

@@ -80,21 +80,21 @@ bool MatchEvaluator::isBound() { return !isLive_ || goal().allValuesBound(); }
 
 StepEvaluator * MatchEvaluator::firstFact() {
     range_ = FactRange(goal(), interpreter().getDB());
-    FactRange::Row const row = range_.first();
-    return row ? bindTo(row) : startRule();
+    return range_.first() ? bindVariables() : startRule();
 }
 
 StepEvaluator * MatchEvaluator::nextFact() {
     setVariablesNull();
-    if (FactRange::Row const row = range_.next())
-        return bindTo(row);
+    if (range_.next())
+        return bindVariables();
     releaseBindings();
     return done(false);
 }
 
 // A variable that stands twice is bound by its first place.
-StepEvaluator * MatchEvaluator::bindTo(FactRange::Row row) {
+StepEvaluator * MatchEvaluator::bindVariables() {
     if (!variables_.empty()) {
+        FactRange::Row const row = range_.row();
         for (int i = 0; i < goal().arity(); ++i) {
             if (Value & value = *goal().values()[i]; value.isNull())
                 value.assign(*row[i]);

@@ -29,7 +29,7 @@ private:
     void setVariablesNull();
     StepEvaluator * firstFact();
     StepEvaluator * nextFact();
-    StepEvaluator * bindTo(FactRange::Row row);
+    StepEvaluator * bindVariables();
     StepEvaluator * startRule();
     void endRule();
 
