@@ -50,7 +50,7 @@ StepEvaluator * MatchEvaluator::resume() {
         if (child_[0]->endedOnSolution())
             return done(true);
         endRule();
-        releaseBindings();
+        unbind();
         return done(false);
     }
 }
@@ -69,7 +69,7 @@ void MatchEvaluator::setVariablesNull() {
 }
 
 // Forgets the variables too: without a solution they are somebody else's to bind.
-void MatchEvaluator::releaseBindings() {
+void MatchEvaluator::unbind() {
     setVariablesNull();
     variables_.clear();
 }
@@ -87,7 +87,7 @@ StepEvaluator * MatchEvaluator::nextFact() {
     setVariablesNull();
     if (range_.next())
         return bindVariables();
-    releaseBindings();
+    unbind();
     return done(false);
 }
 
@@ -108,7 +108,7 @@ StepEvaluator * MatchEvaluator::bindVariables() {
 StepEvaluator * MatchEvaluator::startRule() {
     Rule const * const rule = findRule(interpreter(), goal());
     if (!rule) {
-        releaseBindings();
+        unbind();
         return done(false);
     }
     if (depth_ >= Query::maxRuleDepth)

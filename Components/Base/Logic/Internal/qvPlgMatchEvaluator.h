@@ -20,8 +20,9 @@ public:
 
 protected:
     StepEvaluator * resume() override;
-    void releaseBindings() override;
+    void unbind() override;
     bool isBound() override;
+    StepEvaluator * ask(StepEvaluator const *, bool &) override { return nullptr; } // never volatile
 
 private:
     Fact const & goal() const { return clause_->goal(); }
