@@ -94,10 +94,9 @@ StepEvaluator * MatchEvaluator::nextFact() {
 // A variable that stands twice is bound by its first place.
 StepEvaluator * MatchEvaluator::bindVariables() {
     if (!variables_.empty()) {
-        FactRange::Row const row = range_.row();
         for (int i = 0; i < goal().arity(); ++i) {
             if (Value & value = *goal().values()[i]; value.isNull())
-                value.assign(*row[i]);
+                value.assign(range_.argument(i));
         }
     }
     return done(true);
