@@ -42,26 +42,30 @@ std::string withoutNewlines(std::string text) {
     return text;
 }
 
-// Takes "String file ... error encountered, line 7, file NAME: \nWHAT: ENTRY\n" apart.
-std::string faultOf(std::string const & message) {
+// Takes "String file ... error encountered, line 7, file NAME: \nWHAT: ENTRY\n" apart. Anything may stand in a name, so
+// that is skipped by its length.
+std::string faultOf(std::string const & message, qvString::IString const & name) {
     static constexpr std::string_view beforeLine = "encountered, line ";
-    static constexpr std::string_view beforeText = ": \n";
+    static constexpr std::string_view beforeName = ", file ";
+    static constexpr std::string_view behindName = ": \n";
     std::size_t const line = message.find(beforeLine) + beforeLine.size();
-    std::size_t const comma = message.find(',', line);
-    std::size_t const text = message.find(beforeText, comma) + beforeText.size();
+    std::size_t const comma = message.find(beforeName, line);
+    std::size_t const nameLength = std::strlen(name.asMultibyte());
+    std::size_t const text = comma + beforeName.size() + nameLength + behindName.size();
     return message.substr(line, comma - line) + ": " + withoutNewlines(message.substr(text));
 }
 
 Status checkOne(char const * file) {
     qvStringTable::appStringTable().clear();
-    qvUtil::Error const error = qvStringTable::Manager::loadCatalog(qvOS::Filename(nameOf(file)));
+    qvOS::Filename const name(nameOf(file));
+    qvUtil::Error const error = qvStringTable::Manager::loadCatalog(name);
     if (!error)
         return allWell;
     if (error.num() != parsingFault && error.num() != conversionFault) {
         complain(withoutNewlines(error.message()));
         return unusable;
     }
-    std::printf("%s:%s\n", shown(std::string(file)).c_str(), shown(faultOf(error.message())).c_str());
+    std::printf("%s:%s\n", shown(std::string(file)).c_str(), shown(faultOf(error.message(), name.name())).c_str());
     return faulty;
 }
 
