@@ -3,6 +3,8 @@
 
 #include "Base/DataFiles/ioPackageFile.h"
 
+#include <cstring>
+#include <string>
 #include <utility>
 
 using qvString::IString;
@@ -10,6 +12,13 @@ using qvString::IString;
 namespace {
 
 bool isEndMarker(IString const & name) { return name == L"."; }
+
+// Of the texts of the system only those of files have a byte order mark; here it is part of the name.
+IString storedName(char const * bytes) {
+    if (std::strncmp(bytes, "\xEF\xBB\xBF", 3) != 0)
+        return IString(bytes, qvString::UTF8);
+    return IString((std::string(".") + bytes).c_str(), qvString::UTF8).substr(1);
+}
 
 } // namespace
 
@@ -29,7 +38,7 @@ ioPackageFileEntry const * ioPackageFile::getEntry(int index) const {
 void ioPackageFile::appendEntry(char const * name, std::int64_t offset, std::int64_t size, std::int64_t timestamp,
                                 bool compressed) {
     ioPackageFileEntry entry(this);
-    entry.name_ = IString(name, qvString::UTF8);
+    entry.name_ = storedName(name);
     entry.offset_ = offset;
     entry.size_ = size;
     entry.timestamp_ = timestamp;
@@ -41,7 +50,8 @@ void ioPackageFile::appendEntry(char const * name, std::int64_t offset, std::int
 
 // Whether the records that were read are a table whose data region ends at `end`.
 bool ioPackageFile::takeRecords(std::int64_t end) {
-    if (findFault(end) != nullptr)
+    directoryFault_ = findFault(end);
+    if (directoryFault_ != nullptr)
         return false;
     // Neighbours that are both free become one.
     int kept = 0;
@@ -59,8 +69,10 @@ bool ioPackageFile::takeRecords(std::int64_t end) {
     entries_.erase(entries_.begin() + kept, entries_.end());
     places_.setSize(kept);
     for (int i = 0; i + 1 < kept; ++i)
-        if (!entries_[i].name_.isEmpty() && !enterName(i, entries_[i].name_))
+        if (!entries_[i].name_.isEmpty() && !enterName(i, entries_[i].name_)) {
+            directoryFault_ = "two records have one name";
             return false;
+        }
     entries_.back().size_ = -1;
     return true;
 }
