@@ -68,7 +68,8 @@ private:
             return leaveOut(path, "a package holds no empty directories");
         std::sort(names.begin(), names.end());
         for (std::string const & name : names)
-            visit(path.ends_with('/') ? path + name : path + "/" + name, entry.empty() ? name : entry + "/" + name, Links::left);
+            visit(path.ends_with('/') ? path + name : path + "/" + name, entry.empty() ? name : entry + "/" + name,
+                  Links::left);
     }
 
     void take(std::string const & path, std::string const & entry, std::int64_t size) {

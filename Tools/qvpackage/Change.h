@@ -13,8 +13,8 @@
 // Gives a new file what the user's mask leaves of reading and writing: the library makes packages for their owner.
 void openForOthers(qvString::IString const & file);
 
-// The library's name of a package that is to be replaced, which it brings into normal form. False, with the reason told,
-// when that is the name of another file.
+// The library's name of a package that is to be replaced, which it brings into normal form. False, with the reason
+// told, when that is the name of another file.
 bool findPackage(std::string const & package, qvString::IString & name);
 
 enum class Presence { required, madeWhenAbsent };

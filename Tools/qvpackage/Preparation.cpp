@@ -58,9 +58,7 @@ Prepared Preparation::prepare(FileToAdd const & file) {
 void Preparation::work() {
     std::unique_lock lock(mutex_);
     for (;;) {
-        changed_.wait(lock, [this] {
-            return isEnding_ || begun_ == files_.size() || begun_ < taken_ + slots_.size();
-        });
+        changed_.wait(lock, [this] { return isEnding_ || begun_ == files_.size() || begun_ < taken_ + slots_.size(); });
         if (isEnding_ || begun_ == files_.size())
             return;
         std::size_t const index = begun_++;

@@ -266,8 +266,8 @@ Error ioPackageFile::writeDirectory() {
         return error;
     std::int64_t end = 0;
     error = writeDirectoryPointer(offset, end);
-    if (!error && (!qvPlatform::syncFile(packageName_).good() ||
-                   !qvPlatform::syncDirectory(directoryOf(packageName_)).good()))
+    if (!error &&
+        (!qvPlatform::syncFile(packageName_).good() || !qvPlatform::syncDirectory(directoryOf(packageName_)).good()))
         error = errorWritingDirectory(packageName_);
     return error;
 }

@@ -93,10 +93,10 @@ public:
     qv::map<qvString::IString, int> const & getDirectory() const { return directory_; }
     qvString::IString const & getPackageFileName() const { return packageName_; }
 
-    // Adds a file under a name, which is cleaned up first; an entry of that name is replaced, and lost when copying into
-    // the package fails: "Error reading file for entry: %s", "Error writing entry: %s" and 16. Asked to, it is stored compressed when that makes it smaller; for a large file this needs
-    // room in the temporary directory. The file must keep its size meanwhile, and not be the package itself (15).
-    // Failures: 2 to 4, 6 to 12, 15, 16.
+    // Adds a file under a name, which is cleaned up first; an entry of that name is replaced, and lost when copying
+    // into the package fails: "Error reading file for entry: %s", "Error writing entry: %s" and 16. Asked to, it is
+    // stored compressed when that makes it smaller; for a large file this needs room in the temporary directory. The
+    // file must keep its size meanwhile, and not be the package itself (15). Failures: 2 to 4, 6 to 12, 15, 16.
     qvUtil::Error addEntry(qvString::IString const & file, qvString::IString const & name, bool compress,
                            qvUtil::Progress * progress = nullptr);
     // The same of a file that was made ready before, as often as wanted. Failures: 3, 4, 7, 9 to 12, 15, 16; 7 also
@@ -186,7 +186,7 @@ private:
     QV_NO_EXPORT void takeOver(ioPackageFile & other);
 
     qvString::IString packageName_; // empty while no package is open
-    std::uint64_t fileDevice_ = 0; // of the file, which tell it from others
+    std::uint64_t fileDevice_ = 0;  // of the file, which tell it from others
     std::uint64_t fileNumber_ = 0;
     bool writable_ = false;
     bool dirty_ = false;              // the table differs from the directory on disk

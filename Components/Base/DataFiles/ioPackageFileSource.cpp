@@ -21,7 +21,8 @@ void ioPackageFileSource::Impl::Packed::open(ioBufferedStreamOutput & stream) {
     if (isInMemory_)
         return stream.openIOStream(this);
     IString unique;
-    if (qvPlatform::makeUniqueFile(qvPlatform::temporaryDirectory(), L"OVT", qvPlatform::Access::ownerOnly, unique).good())
+    if (qvPlatform::makeUniqueFile(qvPlatform::temporaryDirectory(), L"OVT", qvPlatform::Access::ownerOnly, unique)
+            .good())
         name_.swap(unique);
     stream.openFile(name_); // which fails without a name
 }

@@ -45,8 +45,7 @@ public:
         if (isThere && facts.kind == FileKind::directory)
             return false;
         if (isThere && qvPlatform::queryFile(name_, Links::follow, followed).good() &&
-            qvPlatform::queryFile(package, Links::follow, forbidden).good() &&
-            followed.identity == forbidden.identity)
+            qvPlatform::queryFile(package, Links::follow, forbidden).good() && followed.identity == forbidden.identity)
             return false;
         if (isThere && facts.kind == FileKind::other)
             return qvPlatform::openForWriting(name_, qvPlatform::Truncation::truncate, descriptor_).good();
@@ -93,8 +92,8 @@ IString rootOf(IString const & directory) {
     bool const isDrive = directory.length() > 1 && directory[1] == L':';
     bool const goesUp = directory.find(L"..") != IString::npos;
     IString resolved;
-    if ((isDrive || goesUp) && (qvPlatform::resolvedName(directory, resolved).good() ||
-                                qvPlatform::absoluteName(directory, resolved).good()))
+    if ((isDrive || goesUp) &&
+        (qvPlatform::resolvedName(directory, resolved).good() || qvPlatform::absoluteName(directory, resolved).good()))
         return resolved;
     return Filename(directory).name();
 }
@@ -212,4 +211,3 @@ Error ioPackageFile::expand(IString const & directory) const {
     }
     return refused;
 }
-
