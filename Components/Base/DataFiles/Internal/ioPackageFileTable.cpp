@@ -13,11 +13,12 @@ namespace {
 
 bool isEndMarker(IString const & name) { return name == L"."; }
 
-// Of the texts of the system only those of files have a byte order mark; here it is part of the name.
-IString storedName(char const * bytes) {
+// In a name a byte order mark is a character like others.
+void assignName(IString & to, char const * bytes) {
     if (std::strncmp(bytes, "\xEF\xBB\xBF", 3) != 0)
-        return IString(bytes, qvString::UTF8);
-    return IString((std::string(".") + bytes).c_str(), qvString::UTF8).substr(1);
+        to.assign(bytes, qvString::UTF8);
+    else
+        to = IString((std::string(".") + bytes).c_str(), qvString::UTF8).substr(1);
 }
 
 } // namespace
@@ -37,13 +38,12 @@ ioPackageFileEntry const * ioPackageFile::getEntry(int index) const {
 // Takes one record as it is; takeRecords() judges them all.
 void ioPackageFile::appendEntry(char const * name, std::int64_t offset, std::int64_t size, std::int64_t timestamp,
                                 bool compressed) {
-    ioPackageFileEntry entry(this);
-    entry.name_ = storedName(name);
+    ioPackageFileEntry & entry = entries_.emplace_back(this);
+    assignName(entry.name_, name);
     entry.offset_ = offset;
     entry.size_ = size;
     entry.timestamp_ = timestamp;
     entry.compressed_ = compressed;
-    entries_.append(std::move(entry));
     places_.append(nullptr);
     dirty_ = true;
 }
@@ -120,9 +120,11 @@ char const * ioPackageFile::validate() const {
 
 // ---- Changes
 
-// False when the name is there already.
+// False when the name is there already. Names mostly come in their order.
 bool ioPackageFile::enterName(int index, IString const & name) {
-    auto const [place, isNew] = directory_.try_emplace(name, index);
+    int const before = directory_.size();
+    auto const place = directory_.try_emplace(directory_.end(), name, index);
+    bool const isNew = directory_.size() > before;
     if (isNew)
         places_[index] = &place->second;
     return isNew;
