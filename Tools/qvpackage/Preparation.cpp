@@ -17,7 +17,7 @@ constexpr std::size_t mostWorkers = 16;
 } // namespace
 
 Preparation::Preparation(std::vector<FileToAdd> const & files, bool compress) : files_(files), compress_(compress) {
-    if (!compress || files_.empty())
+    if (files_.empty())
         return;
     std::size_t const processors = std::max(std::thread::hardware_concurrency(), 1U);
     std::size_t const count = std::min({processors, mostWorkers, files_.size()});

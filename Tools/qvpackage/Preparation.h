@@ -26,7 +26,7 @@ struct Prepared {
 };
 
 // Prepares files ahead of the one that is taken next, so many that the processors have work and the memory holds what
-// waits. Without compression there is next to nothing to prepare, and it is done when it is asked for.
+// waits.
 class Preparation {
 public:
     // The files are to stay where they are.

@@ -6,18 +6,19 @@
 #include "Base/DataFiles/ioBufferedStreamInput.h"
 #include "Base/DataFiles/ioBufferedStreamOutput.h"
 #include "Base/OS/qvOSFile.h"
+#include "Base/Platform/PlatformFile.h"
 
 using qvString::IString;
 using qvUtil::Error;
 
-// ---- The packed form
+// ---- Bytes that are ready
 
-ioPackageFileSource::Impl::Packed::~Packed() {
+ioPackageFileSource::Impl::Ready::~Ready() {
     if (!name_.isEmpty())
         qvPlatform::removeFile(name_);
 }
 
-void ioPackageFileSource::Impl::Packed::open(ioBufferedStreamOutput & stream) {
+void ioPackageFileSource::Impl::Ready::open(ioBufferedStreamOutput & stream) {
     if (isInMemory_)
         return stream.openIOStream(this);
     IString unique;
@@ -27,27 +28,46 @@ void ioPackageFileSource::Impl::Packed::open(ioBufferedStreamOutput & stream) {
     stream.openFile(name_); // which fails without a name
 }
 
-void ioPackageFileSource::Impl::Packed::open(ioBufferedStreamInput & stream) {
+void ioPackageFileSource::Impl::Ready::open(ioBufferedStreamInput & stream) {
     at_ = 0;
     if (isInMemory_)
         return stream.openIOStream(this);
     stream.openFile(name_);
 }
 
-std::int64_t ioPackageFileSource::Impl::Packed::size() const {
-    if (isInMemory_)
-        return static_cast<std::int64_t>(bytes_.size());
+bool ioPackageFileSource::Impl::Ready::finish() {
     qvPlatform::FileFacts facts;
-    return qvPlatform::queryFile(name_, qvPlatform::Links::follow, facts).good() ? facts.size : -1;
+    if (!isInMemory_ && !qvPlatform::queryFile(name_, qvPlatform::Links::follow, facts).good())
+        return false;
+    size_ = isInMemory_ ? static_cast<std::int64_t>(bytes_.size()) : facts.size;
+    return true;
 }
 
-Error ioPackageFileSource::Impl::Packed::read(void * buffer, unsigned int size, unsigned int * count) {
+bool ioPackageFileSource::Impl::Ready::load(IString const & file, std::int64_t size) {
+    auto descriptor = qvPlatform::noDescriptor;
+    if (!qvPlatform::openForReading(file, descriptor).good())
+        return false;
+    // One byte more than there should be is enough to know that it has grown.
+    bytes_.resize(static_cast<std::size_t>(size) + 1);
+    std::size_t got = 0;
+    qvPlatform::TransferResult piece;
+    do {
+        qvPlatform::MutablePiece const rest{bytes_.data() + got, bytes_.size() - got};
+        piece = qvPlatform::readSome(descriptor, {&rest, 1});
+        got += piece.count;
+    } while (piece.result.good() && piece.count > 0 && got < bytes_.size());
+    bool const isWhole = piece.result.good() && got + 1 == bytes_.size();
+    bytes_.resize(got);
+    return qvPlatform::closeDescriptor(descriptor).good() && isWhole && finish();
+}
+
+Error ioPackageFileSource::Impl::Ready::read(void * buffer, unsigned int size, unsigned int * count) {
     *count = static_cast<unsigned int>(bytes_.copy(static_cast<char *>(buffer), size, at_));
     at_ += *count;
     return *count < size ? qvOS::File::getError(3) : Error();
 }
 
-Error ioPackageFileSource::Impl::Packed::write(void const * buffer, unsigned int size, unsigned int * count) {
+Error ioPackageFileSource::Impl::Ready::write(void const * buffer, unsigned int size, unsigned int * count) {
     bytes_.append(static_cast<char const *>(buffer), size);
     *count = size;
     return Error();
@@ -64,11 +84,20 @@ Error ioPackageFileSource::Impl::look() {
 Error ioPackageFileSource::Impl::pack(qvUtil::Progress * progress) {
     if (facts_.size == 0)
         return Error();
-    packed_.emplace(facts_.size);
+    ready_.emplace(facts_.size);
     Error const error = compress(progress);
-    if (error || packedSize_ >= facts_.size)
-        packed_.reset();
+    isPacked_ = !error && ready_->size() < facts_.size;
+    if (!isPacked_)
+        ready_.reset();
     return error;
+}
+
+void ioPackageFileSource::Impl::load() {
+    if (isPacked_ || facts_.size > Ready::mostInMemory || facts_.kind != qvPlatform::FileKind::file)
+        return;
+    ready_.emplace(facts_.size);
+    if (!ready_->load(file_, facts_.size))
+        ready_.reset();
 }
 
 Error ioPackageFileSource::Impl::compress(qvUtil::Progress * progress) {
@@ -78,7 +107,7 @@ Error ioPackageFileSource::Impl::compress(qvUtil::Progress * progress) {
         return ioPackageCopy::couldNotRead(file_);
     auto const failed = [&] { return Error(10, L"Error compressing file: %S", file_.asWChar()); };
     ioClosing<ioBufferedStreamOutput> output;
-    packed_->open(output);
+    ready_->open(output);
     output.compress(true);
     output.checksum(true);
     ioPackageCopy::Block const block(facts_.size);
@@ -100,13 +129,12 @@ Error ioPackageFileSource::Impl::compress(qvUtil::Progress * progress) {
         return Error(8, L"While compressing file it changed size: %S", file_.asWChar());
     if (!ioPackageCopy::isAtEnd(input))
         return Error(9, L"Error reading file: %S", file_.asWChar());
-    packedSize_ = packed_->size();
-    return output.good() && packedSize_ >= 0 ? Error() : failed();
+    return output.good() && ready_->finish() ? Error() : failed();
 }
 
 Error ioPackageFileSource::Impl::open(ioBufferedStreamInput & stream) {
-    if (packed_)
-        packed_->open(stream);
+    if (ready_)
+        ready_->open(stream);
     else
         stream.openFile(file_);
     return stream.good() ? Error() : ioPackageCopy::couldNotRead(file_);
@@ -131,6 +159,7 @@ Error ioPackageFileSource::prepare(IString const & file, bool compress, qvUtil::
         if (Error const error = impl->pack(progress))
             return error;
     }
+    impl->load();
     impl_ = std::move(impl);
     return Error();
 }

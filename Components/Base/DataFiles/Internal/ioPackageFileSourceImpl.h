@@ -21,38 +21,44 @@ public:
     qvUtil::Error look();
     // Failures: 7 to 10.
     qvUtil::Error pack(qvUtil::Progress * progress);
+    // Reads a small file that is stored as it is. When that fails, the file will be met again on its way in.
+    void load();
     // Opens the bytes to be stored. Failures: 7.
     qvUtil::Error open(ioBufferedStreamInput & stream);
 
     qvString::IString const & file() const { return file_; }
     bool isFile(qvPlatform::FileIdentity const & other) const { return facts_.identity == other; }
-    std::int64_t size() const { return packed_ ? packedSize_ : facts_.size; }
+    std::int64_t size() const { return isPacked_ ? ready_->size() : facts_.size; }
     std::int64_t timestamp() const { return facts_.modificationTime; }
-    bool isCompressed() const { return packed_.has_value(); }
+    bool isCompressed() const { return isPacked_; }
 
 private:
-    // The packed form: of a small file in memory, of a large one in a temporary file, which is deleted in the end.
-    class Packed : public qvOS::IOStream {
+    // Bytes that are ready: of a small file in memory, of a large one in a temporary file, which is deleted in the end.
+    class Ready : public qvOS::IOStream {
     public:
-        explicit Packed(std::int64_t fileSize) : isInMemory_(fileSize <= mostInMemory) {}
-        Packed(Packed const &) = delete;
-        Packed & operator=(Packed const &) = delete;
-        ~Packed() override;
+        explicit Ready(std::int64_t fileSize) : isInMemory_(fileSize <= mostInMemory) {}
+        Ready(Ready const &) = delete;
+        Ready & operator=(Ready const &) = delete;
+        ~Ready() override;
 
         void open(ioBufferedStreamOutput & stream);
         void open(ioBufferedStreamInput & stream);
-        // -1 when it is not known.
-        std::int64_t size() const;
+        // Reads a file of that size. False when it is another one.
+        bool load(qvString::IString const & file, std::int64_t size);
+        // Measures what was written. False when that fails.
+        bool finish();
+        std::int64_t size() const { return size_; }
+
+        static constexpr std::int64_t mostInMemory = 1 << 20;
 
         qvUtil::Error read(void * buffer, unsigned int size, unsigned int * count) override;
         qvUtil::Error write(void const * buffer, unsigned int size, unsigned int * count) override;
 
     private:
-        static constexpr std::int64_t mostInMemory = 1 << 20;
-
         bool isInMemory_;
         std::string bytes_;
         std::size_t at_ = 0;
+        std::int64_t size_ = 0;
         qvString::IString name_; // of the temporary file; empty when there is none to delete
     };
 
@@ -60,8 +66,8 @@ private:
 
     qvString::IString file_;
     qvPlatform::FileFacts facts_;
-    std::optional<Packed> packed_; // when it is smaller than the file
-    std::int64_t packedSize_ = 0;
+    std::optional<Ready> ready_; // none: the file's own bytes
+    bool isPacked_ = false;
 };
 
 #endif
