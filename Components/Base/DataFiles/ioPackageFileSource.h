@@ -22,9 +22,9 @@ class Progress;
 //     if (!error)
 //         error = package.addEntry(source, L"maps/world.map");              // on the package's thread
 //
-// What is to be stored of a file of up to a MiB waits in memory. Of a larger one the compressed form waits in a temporary
-// file, which is deleted with this object, and one that is stored as it is is read when it is added. An object belongs
-// to one thread at a time.
+// What is to be stored of a file of up to a MiB waits in memory. Of a larger one the compressed form waits in a
+// temporary file, which is deleted with this object, and one that is stored as it is is read when it is added. An
+// object belongs to one thread at a time.
 class QV_EXPORT ioPackageFileSource {
 public:
     ioPackageFileSource();
@@ -33,7 +33,8 @@ public:
     ~ioPackageFileSource();
 
     // Reads a file and, asked to, compresses it; it is stored compressed when that makes it smaller. The file must keep
-    // its size meanwhile, a large one that is stored as it is until it is added. Progress goes from 0 to 1. Failures, behind which there is nothing to add:
+    // its size meanwhile, a large one that is stored as it is until it is added. Progress goes from 0 to 1. Failures,
+    // behind which there is nothing to add:
     //
     //      6  "File does not exist: %s\n"
     //      7  "Could not read file: %s\n"
