@@ -1,6 +1,6 @@
 // qvcatalog: reads catalogs of texts and says where they are faulty.
 
-#include "../qvpackage/Names.h"
+#include "Support/Names.h"
 
 #include "Base/OS/qvOSFilename.h"
 #include "Base/Strings/qvStringTableManager.h"

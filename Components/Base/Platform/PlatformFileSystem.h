@@ -126,6 +126,9 @@ enum class Access {
 // ".tmp".
 FileResult makeUniqueFile(qvString::IString const & directory, qvString::IString const & prefix, Access access,
                           qvString::IString & name);
+// The same, and leaves it open for reading and writing.
+FileResult makeUniqueFile(qvString::IString const & directory, qvString::IString const & prefix, Access access,
+                          qvString::IString & name, Descriptor & descriptor);
 
 struct FileSystemFacts {
     std::uint64_t size = 0;  // bytes
