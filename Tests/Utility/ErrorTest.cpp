@@ -47,14 +47,8 @@ TEST(Error, EqualityTellsNoTextFromAnEmptyOne) {
         EXPECT_STREQ(pairs[i][0].message(), "");
 }
 
-Error fromList(char const * format, ...) {
-    std::va_list args;
-    va_start(args, format);
-    Error error(7, format, args);
-    va_end(args);
-    return error;
-}
-Error fromList(wchar_t const * format, ...) {
+template <class Char>
+Error fromList(Char const * format, ...) {
     std::va_list args;
     va_start(args, format);
     Error error(7, format, args);
