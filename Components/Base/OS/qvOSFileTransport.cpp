@@ -1,5 +1,6 @@
 #include "Base/OS/qvOSFileTransport.h"
 
+#include "Base/OS/Internal/FileCodes.h"
 #include "Base/OS/Internal/LocalFileTransport.h"
 #include "Base/OS/qvOSFile.h"
 
@@ -9,13 +10,6 @@ using qvString::IString;
 using qvUtil::Error;
 
 namespace {
-
-constexpr int fileExists = 2;
-constexpr int endOfFile = 3;
-constexpr int ioProblem = 4;
-constexpr int noOverwrite = 7;
-constexpr int fileIsOpen = 9;
-constexpr int notADirectory = 10;
 
 Error notImplemented() { return Error(-1, "This function is not implemented."); }
 
@@ -50,7 +44,7 @@ Error copyContents(FileTransport & from, FileTransport & to) {
     for (;;) {
         unsigned int count = 0;
         Error const got = from.read(block, sizeof block, &count);
-        if (got && got.num() != endOfFile)
+        if (got && got.num() != code::endOfFile)
             return got;
         if (count > 0) {
             if (Error const put = to.write(block, count, nullptr))
@@ -64,7 +58,7 @@ Error copyContents(FileTransport & from, FileTransport & to) {
 
 Error copyFile(FileTransport & from, FileTransport & to) {
     if (to.open(OpenWrite | OpenCreate))
-        return File::getError(ioProblem);
+        return File::getError(code::ioProblem);
     if (Error const error = from.open(OpenRead | OpenBinary)) {
         static_cast<void>(to.close());
         return error;
@@ -89,21 +83,21 @@ Error FileTransport::makeDirectoryAll() { return notImplemented(); }
 
 Error FileTransport::copyTo(FileTransport & target) {
     if (isOpen() || target.isOpen())
-        return File::getError(fileIsOpen);
+        return File::getError(code::fileIsOpen);
     if (getFullName() == target.getFullName() || wouldMeetItself(*this, target))
-        return File::getError(noOverwrite);
+        return File::getError(code::noOverwrite);
     if (!isDirectory())
         return copyFile(*this, target);
-    if (Error const error = target.makeDirectory(); error && error.num() != fileExists)
+    if (Error const error = target.makeDirectory(); error && error.num() != code::fileExists)
         return error;
     return recreateDirStructure(target, false);
 }
 
 Error FileTransport::moveTo(FileTransport & target) {
     if (isOpen())
-        return File::getError(fileIsOpen);
+        return File::getError(code::fileIsOpen);
     if (getFullName() == target.getFullName())
-        return File::getError(noOverwrite);
+        return File::getError(code::noOverwrite);
     Error const copied = copyTo(target);
     return copied ? copied : deleteSelf();
 }
@@ -130,11 +124,11 @@ Error FileTransport::recursiveDeleteSelf() {
 
 Error FileTransport::recreateDirStructure(FileTransport & target, bool move) {
     if (!isDirectory() || !target.isDirectory())
-        return File::getError(notADirectory);
+        return File::getError(code::notADirectory);
     LocalFileTransport * const local = asLocal(*this);
     LocalFileTransport * const localTarget = asLocal(target);
     if (local != nullptr && localTarget != nullptr && local->holds(*localTarget))
-        return File::getError(noOverwrite);
+        return File::getError(code::noOverwrite);
     qv::vector<IString> list;
     if (Error const error = readDir(list, false))
         return error;

@@ -1,5 +1,6 @@
 #include "Base/OS/Internal/LocalFileTransport.h"
 
+#include "Base/OS/Internal/FileCodes.h"
 #include "Base/OS/qvOSFile.h"
 #include "Base/OS/qvOSFilename.h"
 #include "Base/OS/qvOSTemporaryFiles.h"
@@ -19,36 +20,24 @@ using qvUtil::Error;
 
 namespace {
 
-enum Code {
-    success = 0,
-    fileExists = 2,
-    endOfFile = 3,
-    ioProblem = 4,
-    noOverwrite = 7,
-    pathTooLong = 12,
-    notEmpty = 13,
-    errSyscall = 14,
-    noSuchFile = 18
-};
-
 // What opening and creating tell apart.
 Error errorOfOpening(FileResult result) {
     switch (result.outcome) {
     case FileOutcome::good:
         return Error();
     case FileOutcome::notFound:
-        return File::getError(noSuchFile);
+        return File::getError(code::noSuchFile);
     case FileOutcome::exists:
-        return File::getError(fileExists);
+        return File::getError(code::fileExists);
     default:
-        return File::getError(ioProblem);
+        return File::getError(code::ioProblem);
     }
 }
 
 Error errorOfMaking(FileResult result) {
     if (result.good())
         return Error();
-    return File::getError(result.outcome == FileOutcome::exists ? fileExists : ioProblem);
+    return File::getError(result.outcome == FileOutcome::exists ? code::fileExists : code::ioProblem);
 }
 
 // Nothing when the bits name no way to open a file.
@@ -106,42 +95,40 @@ Error LocalFileTransport::read(void * buffer, unsigned int size, unsigned int * 
     if (count != nullptr)
         *count = 0;
     if (!stream_.isOpen())
-        return File::getError(ioProblem);
+        return File::getError(code::ioProblem);
     qvPlatform::TransferResult const got = stream_.read(static_cast<char *>(buffer), size);
     if (count != nullptr)
         *count = static_cast<unsigned int>(got.count);
     if (!got.result.good())
-        return File::getError(ioProblem);
-    return stream_.isAtEnd() ? File::getError(endOfFile) : Error();
+        return File::getError(code::ioProblem);
+    return stream_.isAtEnd() ? File::getError(code::endOfFile) : Error();
 }
 
 Error LocalFileTransport::write(void const * buffer, unsigned int size, unsigned int * count) {
     if (count != nullptr)
         *count = 0;
     if (!stream_.isOpen())
-        return File::getError(ioProblem);
+        return File::getError(code::ioProblem);
     qvPlatform::TransferResult const put = stream_.write(static_cast<char const *>(buffer), size);
     if (count != nullptr)
         *count = static_cast<unsigned int>(put.count);
-    return put.count == size ? Error() : File::getError(ioProblem);
+    return put.count == size ? Error() : File::getError(code::ioProblem);
 }
 
 Error LocalFileTransport::copyContentsTo(LocalFileTransport & target) {
     FileResult const copied = qvPlatform::copyDescriptor(stream_.descriptor(), target.stream_.descriptor());
-    return copied.good() ? Error() : File::getError(ioProblem);
+    return copied.good() ? Error() : File::getError(code::ioProblem);
 }
 
 // ---- Opening
 
-Error LocalFileTransport::openAs(int mode) {
+Error LocalFileTransport::open(int mode) {
     std::optional<qvPlatform::OpenMode> const wanted = systemMode(mode);
     stream_.close();
     if (!wanted.has_value())
-        return File::getError(ioProblem);
+        return File::getError(code::ioProblem);
     return errorOfOpening(stream_.open(name_, *wanted));
 }
-
-Error LocalFileTransport::open(int mode) { return openAs(mode); }
 
 Error LocalFileTransport::openTemp(int mode) {
     constexpr int attempts = 10;
@@ -149,7 +136,7 @@ Error LocalFileTransport::openTemp(int mode) {
     std::optional<qvPlatform::OpenMode> const wanted = systemMode(mode);
     stream_.close();
     if (!wanted.has_value())
-        return File::getError(ioProblem);
+        return File::getError(code::ioProblem);
     IString const directory = temporaryBase(name_);
     IString base = copyOf(name_);
     FileResult result;
@@ -229,12 +216,12 @@ Error LocalFileTransport::readDir(qv::vector<IString> & list, bool fullPaths) {
     list.clear();
     IString const directory = asDirectory(name_);
     if (directory.length() > static_cast<unsigned>(Filename::maxLength()))
-        return File::getError(pathTooLong);
+        return File::getError(code::pathTooLong);
     FileResult const result = qvPlatform::listDirectory(directory, list);
     if (result.outcome == FileOutcome::notFound)
         return Error();
     if (!result.good())
-        return File::getError(ioProblem);
+        return File::getError(code::ioProblem);
     if (fullPaths)
         for (IString & name : list)
             name.prepend(directory);
@@ -250,7 +237,7 @@ Error LocalFileTransport::moveTo(FileTransport & target) {
         return error;
     static_cast<void>(target.query(others));
     if (!own.exists() && !isSymbolicLink())
-        return File::getError(noSuchFile);
+        return File::getError(code::noSuchFile);
     if (transportId() == target.transportId() && (isDirectory() == target.isDirectory() || !others.exists()) &&
         qvPlatform::renameFile(name_, target.getFullName()).good())
         return Error();
@@ -262,9 +249,9 @@ Error LocalFileTransport::deleteSelf() {
         FileResult const removed = qvPlatform::removeDirectory(name_);
         if (removed.good())
             return Error();
-        return File::getError(removed.outcome == FileOutcome::notEmpty ? notEmpty : ioProblem);
+        return File::getError(removed.outcome == FileOutcome::notEmpty ? code::notEmpty : code::ioProblem);
     }
-    return qvPlatform::removeFile(name_).good() ? Error() : File::getError(ioProblem);
+    return qvPlatform::removeFile(name_).good() ? Error() : File::getError(code::ioProblem);
 }
 
 // ---- What it is
@@ -331,7 +318,7 @@ Error LocalFileTransport::query(FileStatus & status) {
     if (result.outcome == FileOutcome::notFound)
         return Error();
     if (!result.good())
-        return Error(ioProblem, qvUtil::systemErrorText(static_cast<unsigned>(result.systemNumber)));
+        return Error(code::ioProblem, qvUtil::systemErrorText(static_cast<unsigned>(result.systemNumber)));
     bool const isDirectory = facts.kind == FileKind::directory;
     bool const isFile = facts.kind == FileKind::file;
     bool const exists = isDirectory || isFile;

@@ -49,8 +49,6 @@ public:
     qvUtil::Error copyContentsTo(LocalFileTransport & target);
 
 private:
-    qvUtil::Error openAs(int mode);
-
     qvString::IString name_; // as the factory got it
     LocalFileStream stream_;
     // What isDirectory() found out, kept for good once it has found anything.
