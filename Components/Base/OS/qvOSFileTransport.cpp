@@ -13,26 +13,13 @@ namespace {
 
 Error notImplemented() { return Error(-1, "This function is not implemented."); }
 
-IString asDirectory(FileTransport & transport) {
-    IString name = transport.getFullName();
-    if (!name.isEmpty() && name[name.length() - 1] != transport.getSeparator())
-        name.append(transport.getSeparator());
-    return name;
+IString directoryName(FileTransport & transport) {
+    return asDirectory(transport.getFullName(), transport.getSeparator());
 }
 
 bool isSelfOrParent(IString const & name) { return name == L"." || name == L".."; }
 
 LocalFileTransport * asLocal(FileTransport & transport) { return dynamic_cast<LocalFileTransport *>(&transport); }
-
-// Whether a copy would read what it writes: by two names of one file it would empty it, and in a directory that it
-// makes inside itself, or that a link leads back to, it would never end.
-bool wouldMeetItself(FileTransport & from, FileTransport & to) {
-    LocalFileTransport * const source = asLocal(from);
-    LocalFileTransport * const target = asLocal(to);
-    if (source == nullptr || target == nullptr)
-        return false;
-    return source->isSameFileAs(*target) || (source->isDirectory() && source->leadsBack());
-}
 
 // Both are open. The result is the first failure of reading or writing.
 Error copyContents(FileTransport & from, FileTransport & to) {
@@ -84,8 +71,12 @@ Error FileTransport::makeDirectoryAll() { return notImplemented(); }
 Error FileTransport::copyTo(FileTransport & target) {
     if (isOpen() || target.isOpen())
         return File::getError(code::fileIsOpen);
-    if (getFullName() == target.getFullName() || wouldMeetItself(*this, target))
+    if (getFullName() == target.getFullName())
         return File::getError(code::noOverwrite);
+    if (LocalFileTransport const * const local = asLocal(*this)) {
+        if (Error const refused = local->refuseCopyTo(asLocal(target)))
+            return refused;
+    }
     if (!isDirectory())
         return copyFile(*this, target);
     if (Error const error = target.makeDirectory(); error && error.num() != code::fileExists)
@@ -109,11 +100,12 @@ Error FileTransport::queryOwnerGroup(FileStatus & status) {
 }
 
 Error FileTransport::recursiveDeleteSelf() {
-    if (LocalFileTransport const * const local = asLocal(*this); local != nullptr && local->isSymbolicLink())
+    LocalFileTransport * const local = asLocal(*this);
+    if (local != nullptr && local->isSymbolicLink())
         return deleteSelf();
-    IString const directory = asDirectory(*this);
+    IString const directory = directoryName(*this);
     qv::vector<IString> list;
-    if (Error const error = readDir(list, false))
+    if (Error const error = local != nullptr ? local->readOwnDir(list, false) : readDir(list, false))
         return error;
     for (IString const & name : list) {
         if (!isSelfOrParent(name))
@@ -132,8 +124,8 @@ Error FileTransport::recreateDirStructure(FileTransport & target, bool move) {
     qv::vector<IString> list;
     if (Error const error = readDir(list, false))
         return error;
-    IString const from = asDirectory(*this);
-    IString const to = asDirectory(target);
+    IString const from = directoryName(*this);
+    IString const to = directoryName(target);
     Error first;
     for (IString const & name : list) {
         if (isSelfOrParent(name))

@@ -1,5 +1,6 @@
 #include "Base/OS/qvOSProtectedWrite.h"
 
+#include "Base/OS/Internal/ScopedDescriptor.h"
 #include "Base/OS/qvOSFile.h"
 #include "Base/OS/qvOSFileOperations.h"
 #include "Base/OS/qvOSTemporaryFiles.h"
@@ -29,11 +30,22 @@ FileStatus statusOf(Filename const & name) {
 // Leaves no file of that name; false when it resists.
 bool makeRoom(Filename const & name) { return !doesFileExist(name) || !fileDelete(name); }
 
+// On stable storage, with the permissions of the model if there is one.
+bool makeDurable(Filename const & name, FileFacts const * model) {
+    ScopedDescriptor file;
+    if (!qvPlatform::openFile(name.name(), qvPlatform::OpenMode::read, *file).good())
+        return false;
+    if (model != nullptr)
+        static_cast<void>(qvPlatform::setPermissions(*file, *model));
+    bool const isSynced = qvPlatform::syncDescriptor(*file).good();
+    return file.close().good() && isSynced;
+}
+
 // Within a directory a renaming. Between two, a copy that is on stable storage before the source is deleted.
 bool move(Filename const & from, Filename const & to) {
     if (from.dirname() == to.dirname())
         return !fileRename(from, to);
-    if (fileCopy(from, to, true) || !qvPlatform::syncFile(to.name()).good())
+    if (fileCopy(from, to, true) || !makeDurable(to, nullptr))
         return false;
     qvPlatform::syncDirectory(to.dirname());
     static_cast<void>(fileDelete(from));
@@ -116,9 +128,7 @@ void ProtectedWrite::swapIn() {
         status_ = StatusNoBackup;
         return;
     }
-    if (hasMain)
-        qvPlatform::setPermissions(temp_.name(), facts.permissions);
-    if (!qvPlatform::syncFile(temp_.name()).good()) {
+    if (!makeDurable(temp_, hasMain ? &facts : nullptr)) {
         status_ = StatusNotWritable;
         return;
     }
