@@ -179,10 +179,10 @@ TEST(UndoManager, OperationsThatComeBack) {
 
 // A listener that throws when it hears of the beginning.
 TEST(UndoManager, EveryBeginningHasItsEnd) {
-    std::vector<bool> busy;
+    std::vector<bool> busy; // outlives the manager, which emits to its end
+    bool throws = true;
     std::unique_ptr<qvUndo::Manager> manager(qvUndo::newManager());
     manager->newGroup("A", false);
-    bool throws = true;
     manager->getBusySignal().addCallback([&](bool on) {
         if (on && throws)
             throw std::runtime_error("no");
