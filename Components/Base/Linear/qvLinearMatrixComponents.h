@@ -112,26 +112,25 @@ constexpr void multiplyProjectivePlainly(T const * a, T const * b, T * out) {
 
 #if QV_LINEAR_LANES
 
-// Two rows are three pairs of numbers, of which the one in the middle takes a number from each row. What is done is
-// stored at once, so that the rows of b never take all registers.
+// The last column in pairs of rows, then the other two row by row. What is done is stored at once: each part alone fits
+// into the registers.
 QV_LINEAR_INLINE void multiplyAffineLanes(double const * a, double const * b, double * out) {
-    Doubles const left0 = lanesAt(b); // the columns 0 and 1 of b
+    Doubles const right0 = all(b[2]);
+    Doubles const right1 = all(b[5]);
+    Doubles const right2 = all(b[8]);
+    Doubles const upper = Doubles{a[0], a[3]} * right0 + Doubles{a[1], a[4]} * right1 + Doubles{a[2], a[5]} * right2;
+    out[2] = upper[0];
+    out[5] = upper[1];
+    Doubles const lower = Doubles{a[6], a[9]} * right0 + Doubles{a[7], a[10]} * right1 + Doubles{a[8], a[11]} * right2;
+    out[8] = lower[0];
+    out[11] = lower[1] + b[11];
+    Doubles const left0 = lanesAt(b);
     Doubles const left1 = lanesAt(b + 3);
     Doubles const left2 = lanesAt(b + 6);
     store(out, sumOfRows(a, left0, left1, left2));
+    store(out + 3, sumOfRows(a + 3, left0, left1, left2));
     store(out + 6, sumOfRows(a + 6, left0, left1, left2));
-    Doubles const right0 = lanesAt(b + 1); // 1 and 2
-    Doubles const right1 = lanesAt(b + 4);
-    Doubles const right2 = lanesAt(b + 7);
-    store(out + 4, sumOfRows(a + 3, right0, right1, right2));
-    store(out + 10, sumOfRows(a + 9, right0, right1, right2) + lanesAt(b + 10));
-    Doubles const middle0{b[2], b[0]};
-    Doubles const middle1{b[5], b[3]};
-    Doubles const middle2{b[8], b[6]};
-    store(out + 2, Doubles{a[0], a[3]} * middle0 + Doubles{a[1], a[4]} * middle1 + Doubles{a[2], a[5]} * middle2);
-    // Adding -0 changes nothing.
-    store(out + 8, Doubles{a[6], a[9]} * middle0 + Doubles{a[7], a[10]} * middle1 + Doubles{a[8], a[11]} * middle2 +
-                       Doubles{-0.0, b[9]});
+    store(out + 9, sumOfRows(a + 9, left0, left1, left2) + lanesAt(b + 9));
 }
 
 // A row fills three of four lanes.

@@ -78,16 +78,21 @@ bool ProjMatrix::invert() {
 bool ProjMatrix::invertFast() {
     Minors const upper(m, m + 4);
     Minors const lower(m + 8, m + 12);
-    double const determinant = determinantOf(m, lower);
-    if (std::fabs(determinant) < epsilonTol)
-        return false;
-    double const s = 1 / determinant;
     // Pairs of rows: what the first two columns of the inverse are made of, and the last two.
-    Pair const signs{s, -s};
     Pair const r0{m[4], m[0]};
     Pair const r1{m[5], m[1]};
     Pair const r2{m[6], m[2]};
     Pair const r3{m[7], m[3]};
+    Pair const left0 = lower.without0(r1, r2, r3);
+    Pair const left1 = lower.without1(r0, r2, r3);
+    Pair const left2 = lower.without2(r0, r1, r3);
+    Pair const left3 = lower.without3(r0, r1, r2);
+    // The cofactors of the first row are among them.
+    double const determinant = m[0] * left0[0] - m[1] * left1[0] + m[2] * left2[0] - m[3] * left3[0];
+    if (std::fabs(determinant) < epsilonTol)
+        return false;
+    double const s = 1 / determinant;
+    Pair const signs{s, -s};
     Pair const q0{m[12], m[8]};
     Pair const q1{m[13], m[9]};
     Pair const q2{m[14], m[10]};
@@ -100,10 +105,10 @@ bool ProjMatrix::invertFast() {
         row[2] = b[0];
         row[3] = b[1];
     };
-    setRow(m, lower.without0(r1, r2, r3), upper.without0(q1, q2, q3), signs);
-    setRow(m + 4, lower.without1(r0, r2, r3), upper.without1(q0, q2, q3), -signs);
-    setRow(m + 8, lower.without2(r0, r1, r3), upper.without2(q0, q1, q3), signs);
-    setRow(m + 12, lower.without3(r0, r1, r2), upper.without3(q0, q1, q2), -signs);
+    setRow(m, left0, upper.without0(q1, q2, q3), signs);
+    setRow(m + 4, left1, upper.without1(q0, q2, q3), -signs);
+    setRow(m + 8, left2, upper.without2(q0, q1, q3), signs);
+    setRow(m + 12, left3, upper.without3(q0, q1, q2), -signs);
     return true;
 }
 
