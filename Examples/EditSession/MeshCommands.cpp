@@ -6,7 +6,7 @@
 
 namespace mesh {
 
-// The group is told what its commands need: when the document dies they are void.
+// The group, if there is one, is told what its commands need: when the document dies they are void.
 MovePositions::MovePositions(qvUndo::Group * group, Document & document, int first, int count,
                              qvLinear::Vector const & offset)
     : Command(group, "move positions"), document_(document), offset_(offset) {
@@ -14,7 +14,8 @@ MovePositions::MovePositions(qvUndo::Group * group, Document & document, int fir
     first_ = std::clamp(first, 0, total);
     int const last = first_ + std::clamp(count, 0, total - first_);
     before_.assign(document.positions.begin() + first_, document.positions.begin() + last);
-    group->declarePointer(&document);
+    if (group)
+        group->declarePointer(&document);
 }
 
 bool MovePositions::fits() const { return document_.positions.size() - first_ >= before_.size(); }
@@ -38,7 +39,8 @@ int MovePositions::getNumBytesUsed() { return int(sizeof(qvLinear::Point)) * bef
 
 RenameMesh::RenameMesh(qvUndo::Group * group, Mesh & mesh, qvString::CString const & name)
     : Command(group, "rename mesh"), mesh_(mesh), other_(name) {
-    group->declarePointer(mesh.document);
+    if (group)
+        group->declarePointer(mesh.document);
 }
 
 bool RenameMesh::doOperation() {

@@ -11,6 +11,7 @@
 #include "ObjFile.h"
 #include "Support/ProgressBar.h"
 
+#include "Base/Undo/qvUndoCommand.h"
 #include "Base/Undo/qvUndoGroup.h"
 #include "Base/Undo/qvUndoManager.h"
 #include "Base/Undo/qvUndoReport.h"
@@ -21,6 +22,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <memory>
 #include <stdexcept>
 #include <string>
 
@@ -77,16 +79,27 @@ public:
 
 private:
     int move(char const * what, int first, double height) {
-        qvUndo::Group * const group = manager_.newGroup(what, false);
-        auto * const command = new mesh::MovePositions(group, document_, first, 4, qvLinear::Vector(0, 0, height));
-        expect(command->doIt(), what);
-        return group->getID();
+        return perform(what, [&](qvUndo::Group * group) {
+            return new mesh::MovePositions(group, document_, first, 4, qvLinear::Vector(0, 0, height));
+        });
     }
 
     void rename(char const * name) {
-        qvUndo::Group * const group = manager_.newGroup("rename", false);
-        auto * const command = new mesh::RenameMesh(group, *document_.firstMesh, name);
-        expect(command->doIt(), "rename");
+        perform("rename",
+                [&](qvUndo::Group * group) { return new mesh::RenameMesh(group, *document_.firstMesh, name); });
+    }
+
+    // A step of one command; gives the number of its group. When undo is off there is no group: the command is done for
+    // good, and nobody keeps it.
+    template <class MakeCommand>
+    int perform(char const * what, MakeCommand makeCommand) {
+        qvUndo::Group * const group = manager_.newGroup(what, false);
+        std::unique_ptr<qvUndo::Command> command(makeCommand(group));
+        expect(command->doIt(), what);
+        if (!group)
+            return 0;
+        command.release(); // belongs to the group
+        return group->getID();
     }
 
     void show(char const * where) {

@@ -13,6 +13,7 @@
 #include "Base/Linear/qvLinearAffineMatrix.h"
 #include "Base/Linear/qvLinearDecompose.h"
 #include "Base/Linear/qvLinearIntersect.h"
+#include "Base/Linear/qvLinearNormal.h"
 #include "Base/Linear/qvLinearParamLine.h"
 #include "Base/Linear/qvLinearRange3d.h"
 #include "Base/Linear/qvLinearTolerance.h"
@@ -109,6 +110,8 @@ std::optional<ParamLine> rayOf(char ** arguments) {
         if (error != std::errc() || stop != end || !std::isfinite(numbers[i]))
             return std::nullopt;
     }
+    if (!Normal(numbers + 3).isValid())
+        return std::nullopt;
     return ParamLine(Point(numbers), Vector(numbers + 3));
 }
 

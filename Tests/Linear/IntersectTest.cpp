@@ -327,6 +327,7 @@ TEST(Intersect, SegmentsAndRectanglesByTheirSides) {
     for (auto const & row : rows) {
         EXPECT_EQ(classifySegmentRangeIntersection(unit, row.a, row.b), row.expected) << row.a << row.b;
         EXPECT_EQ(classifySegmentRangeIntersection(unit, row.b, row.a), row.expected);
+        EXPECT_EQ(classifySegmentRangeIntersection(Range2d(1, 0, 0, 1), row.a, row.b), segmentInside);
     }
 }
 

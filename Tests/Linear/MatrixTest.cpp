@@ -374,8 +374,12 @@ TEST(AffineMatrix, TransformsLinesPlanesAndRanges) {
     Range3d all;
     all.setUnbounded();
     EXPECT_EQ(all * AffineMatrix(-5.0), all);
-    EXPECT_EQ(Range2d::unitSquare * AffineMatrix2(1.0).rotate(pi).translate(1, 1).scale(2),
-              Range2d::unitSquare * AffineMatrix2(1.0).rotate(pi).translate(1, 1).scale(2));
+    AffineMatrix2 const turn = AffineMatrix2(1.0).rotate(pi / 6).translate(1, 1).scale(2);
+    Range2d corners(Point2(0, 0) * turn);
+    for (Point2 const & corner : {Point2(1, 0), Point2(0, 1), Point2(1, 1)})
+        corners.include(corner * turn);
+    EXPECT_TRUE(equivalent(Range2d::unitSquare * turn, corners, 1e-15));
+    EXPECT_LT(corners.min().x, corners.max().x - 2.5);
     EXPECT_TRUE(equivalent(Range2d(1, 2, 3, 4) * AffineMatrix2(-1.0), Range2d(-3, -4, -1, -2), 1e-15));
     bool ok = true;
     EXPECT_EQ(AffineMatrix(0.0).vectorMatrix(ok), AffineMatrix(0.0));

@@ -2,6 +2,7 @@
 
 #include "Base/Linear/qvLinearQuaternion.h"
 #include "Base/Linear/qvLinearRotation.h"
+#include "Base/Linear/qvLinearTolerance.h"
 
 #include <gtest/gtest.h>
 
@@ -42,10 +43,59 @@ TEST(Quaternion, IsTheRotationOfItsMatrix) {
     Normal axis;
     EXPECT_FALSE(Quaternion(0, 0, 0, 1).getAngleAxis(turn, axis));
     EXPECT_TRUE(turn == 0 && axis == Normal::x);
+    EXPECT_TRUE(Quaternion(0, 0, 0, -1).getAngleAxis(turn, axis));
+    EXPECT_TRUE(turn == 2 * pi && !axis.isValid());
     Quaternion zero(0, 0, 0, 0);
     zero.normalize();
     EXPECT_TRUE(std::isnan(zero.w));
     EXPECT_TRUE(isSame((Quaternion(1, 0, 0, 0) / 3).x, 1 * (1 / 3.0)));
+}
+
+TEST(Quaternion, HasTheBitsOfTheFormulas) {
+    RandomNumbers random;
+    for (int i = 0; i < 20000; ++i) {
+        Quaternion const q(random.any(), random.any(), random.any(), random.any());
+        double const x = q.x, y = q.y, z = q.z, w = q.w;
+        double const m[12] = {1 - 2 * (y * y + z * z),
+                              2 * (x * y + w * z),
+                              2 * (x * z - w * y),
+                              2 * (x * y - w * z),
+                              1 - 2 * (x * x + z * z),
+                              2 * (y * z + w * x),
+                              2 * (x * z + w * y),
+                              2 * (y * z - w * x),
+                              1 - 2 * (x * x + y * y),
+                              0,
+                              0,
+                              0};
+        AffineMatrix const matrix = matrixOf(q);
+        for (int k = 0; k < 12; ++k)
+            ASSERT_TRUE(isSame(matrix.m[k], m[k])) << q << " at " << k;
+
+        // Each unit quaternion is turned a little further, or much.
+        Quaternion const a(random.real(), random.normal());
+        Quaternion const b = random.oneIn(2) ? Quaternion(1e-9 * random.real(), random.normal()) * a
+                                             : Quaternion(random.real(), random.normal());
+        double const t = random.real() / 20 + 0.5;
+        double d = a.x * b.x + a.y * b.y + a.z * b.z + a.w * b.w;
+        double const sign = d >= 0 ? 1 : -1;
+        d *= sign;
+        double const angle = std::acos(d) * t;
+        double expected[4];
+        double length2 = 0;
+        for (int k = 0; k < 4; ++k) {
+            double const from = sign * (&a.x)[k], to = (&b.x)[k];
+            expected[k] = d <= parallelTol ? to - from * d : from + t * (to - from);
+            length2 += expected[k] * expected[k];
+        }
+        Quaternion const between = slerp(a, b, t);
+        for (int k = 0; k < 4; ++k) {
+            expected[k] *= 1 / std::sqrt(length2);
+            if (d <= parallelTol)
+                expected[k] = sign * (&a.x)[k] * std::cos(angle) + expected[k] * std::sin(angle);
+            ASSERT_TRUE(isSame((&between.x)[k], expected[k])) << a << b << " at " << t;
+        }
+    }
 }
 
 TEST(Quaternion, ComesBackFromItsFrame) {

@@ -201,6 +201,10 @@ TEST(BoxRange, IsSetFromNumbersArraysAndCorners) {
     Range2d rectangle;
     rectangle.setUnordered(lo, corner);
     EXPECT_EQ(rectangle, Range2d(1, -1, 5, 2));
+    rectangle.set(rectangle.max(), rectangle.min());
+    EXPECT_EQ(rectangle, Range2d(5, 2, 1, -1));
+    rectangle.setUnordered(rectangle.max(), rectangle.min());
+    EXPECT_EQ(rectangle, Range2d(1, -1, 5, 2));
     Range2d clipped = rectangle;
     clipped.clipTo(Range2d(2, -5, 9, 1));
     EXPECT_EQ(clipped, Range2d(2, -1, 5, 1));

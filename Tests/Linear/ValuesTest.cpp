@@ -108,12 +108,17 @@ TEST(Values, AreArraysOfTheirComponents) {
     EXPECT_EQ(v, Vector(1, 20, 3));
     EXPECT_EQ(v[2L] + v[std::size_t{1}] + v[short{0}] + v[2U], 27);
     Tuple4 t(1, 2, 3, 4);
-    t[3] = 5;
+    t[std::size_t{3}] = 4;
+    t[3] += t[2U] - t[short{1}];
     t /= Tuple4(2, 2, 2, 2);
     EXPECT_EQ(t, Tuple4(0.5, 1, 1.5, 2.5));
     double x, y, z;
     Normal(0, 2, 0).get(x, y, z);
     EXPECT_EQ(Vector(x, y, z), Vector::y);
+    Normal promised(Promise(), Vector(0, 3, 4));
+    EXPECT_EQ(promised.asVector(), Vector(0, 3, 4));
+    promised.set(Promise(), v);
+    EXPECT_TRUE(promised.isValid() && promised.asVector() == v);
     float const floats[] = {0.5F, 2, 3};
     double const doubles[] = {0.1, 2, 3};
     Point q(doubles);

@@ -217,7 +217,7 @@ private:
     void goal(Node & node, std::set<int> & bound) {
         bool const isRule = rulesBelow_ > 0 && random_.oneIn(2);
         node.predicate = isRule ? 'r' : random_.oneIn(2) ? 'p' : 'q';
-        for (int arity = 1 + random_.below(isRule ? rulesBelow_ : 3); arity > 0; --arity)
+        for (int arity = isRule ? 1 + random_.below(rulesBelow_) : random_.below(4); arity > 0; --arity)
             node.terms.push_back(random_.oneIn(4) ? constant() : random_.below(slots_));
         if (isRule)
             return; // a rule may leave a variable alone
@@ -236,7 +236,7 @@ void makeWorld(SeededRandom & random) {
     for (int i = random.below(40); i > 0; --i) {
         ModelFact fact{random.oneIn(20) ? 'r' : random.oneIn(2) ? 'p' : 'q', {}};
         qv::vector<qv::Reference<Value>> values;
-        for (int arity = 1 + random.below(3); arity > 0; --arity) {
+        for (int arity = random.below(4); arity > 0; --arity) {
             fact.values.push_back(constants[std::size_t(random.below(int(constants.size())))]);
             values.append(newValue(fact.values.back()));
         }

@@ -201,11 +201,14 @@ TEST(LogicQuery, ClausesOneByOne) {
     interpreter.getDB().addFact("two", number(2));
     interpreter.getDB().addFact("s", number(1), number(2));
     interpreter.getDB().addFact("t", text("1"));
+    interpreter.getDB().addFact(Fact("raining", Values()));
+    Expression const raining = invokeMatch(Fact("raining", Values()));
+    interpreter.getRules().insert(Rule("raining", 0, &nothing));
     interpreter.getRules().insert(Rule("p", 1, &two));
     interpreter.getRules().insert(Rule("rule", 1, &two));
     interpreter.getRules().insert(Rule("rule", 1, &nothing)); // there is one already
     interpreter.getRules().insert(Rule("rule", 2, nullptr));
-    EXPECT_EQ(interpreter.getRules().size(), 3);
+    EXPECT_EQ(interpreter.getRules().size(), 4);
     EXPECT_EQ(compare(Rule("a", 3, nullptr), Rule("a", 1, nullptr)), 2);
     EXPECT_EQ(compare(Rule("a", 1, nullptr), Rule("a", 1, &two)), 1);
     EXPECT_LT(compare(Rule("a", 9, nullptr), Rule("b", 1, nullptr)), 0);
@@ -221,6 +224,10 @@ TEST(LogicQuery, ClausesOneByOne) {
         {"a rule without a function", clause("rule", x, y), ""},
         {"no fact and no rule", clause("no", x), ""},
         {"another type", clause("t", x), ""},
+        {"no argument", raining, "(null)"},
+        {"no argument, in front", raining & clause("p", x), "1, 2, 3"},
+        {"no argument, negated", !raining, ""},
+        {"no argument and no fact", invokeMatch(Fact("two", Values())), ""},
         {"a variable twice", clause("s", x, x), "1"},
         {"and", clause("p", x) & clause("q", x), "2, 3"},
         {"or keeps to the left", clause("p", x) || clause("q", x), "1, 2, 3"},
@@ -239,13 +246,36 @@ TEST(LogicQuery, ClausesOneByOne) {
         EXPECT_EQ(solve(interpreter, row.expression, {x}), row.solutions) << row.what;
     EXPECT_TRUE(x->isNull() && y->isNull());
 
-    // With a variable, == compares old data, and compares them again when the right side has bound it.
-    Number const stale = number(2);
-    stale->setNull();
-    EXPECT_EQ(solve(interpreter, clause("two", x) & (stale == x), {x}), "2");
-    EXPECT_EQ(solve(interpreter, (stale == number(2)) & clause("p", stale), {stale}), "");
-    EXPECT_TRUE(stale->isNull());
-    EXPECT_EQ(solve(interpreter, (stale == number(1)) & clause("p", stale), {stale}), "1");
+    // With a variable, == compares old data, and whoever asks again behind the clause that binds it hears otherwise.
+    Number const stale = variable();
+    Expression const bound = clause("p", stale), isOne = stale == one, isTwo = stale == number(2);
+    struct {
+        int data;
+        Expression expression;
+        char const * solutions;
+    } const staleRows[] = {
+        {2, clause("two", x) & (stale == x), "(null)"},
+        {2, isTwo & bound, ""}, // lost at 1, which ends it
+        {1, isOne & bound, "1"},
+        {9, isTwo & bound, ""},
+        {9, (!isTwo) & bound, "1"}, // lost at 2
+        {9, (!!!isTwo) & bound, "1"},
+        {9, (!isOne) & bound, ""},
+        {1, (!!isOne) & bound, "1"},
+        {9, (!(isOne || isTwo)) & bound, ""},
+        {9, (!(isTwo || isOne)) & bound, ""},
+        {9, (!((one == one) & isOne)) & bound, "1, 2, 3"}, // one == one has had its solution
+        {1, (!(isOne & clause("no", x))) & bound, "1, 2, 3"},
+        {9, (!(isOne & bound)) & bound, "1, 2, 3"}, // what was never started has no solution
+        {9, (!!bound) & bound, "1, 2, 3"},
+        {1, (!(bound & isOne)) || (isTwo & bound), ""},
+    };
+    for (auto const & row : staleRows) {
+        stale->assign(IntegerValue(row.data));
+        stale->setNull();
+        EXPECT_EQ(solve(interpreter, row.expression, {stale}), row.solutions) << &row - staleRows;
+        EXPECT_TRUE(stale->isNull() && x->isNull());
+    }
 }
 
 Query * running = nullptr;
@@ -278,18 +308,19 @@ TEST(LogicQuery, EndsWell) {
     EXPECT_FALSE(thrower.solve(interpreter));
 }
 
-// An evaluator of the program's own: the numbers up to a limit.
+// An evaluator of the program's own: the numbers up to 3.
 struct Count : Clause {
     Number to;
     explicit Count(Number variable) : to(variable) {}
-    struct Run : Evaluator {
+    struct Run : BindingEvaluator {
         Number to;
         int at = 4;
-        Run(Interpreter const & interpreter, Number variable) : Evaluator(interpreter), to(variable) {}
+        Run(Interpreter const & interpreter, Number variable) : BindingEvaluator(interpreter), to(variable) {}
         bool hasSolution() override { return at <= 3; }
         void first() override { go(1); }
         void next() override { go(at + 1); }
         bool allValuesBound() override { return !to->isNull(); }
+        void releaseBindings() override { go(4); }
         void go(int place) {
             at = place;
             to->assign(hasSolution() ? IntegerValue(at) : IntegerValue());
@@ -309,6 +340,14 @@ TEST(LogicClause, OfAProgramsOwn) {
     EXPECT_EQ(solve(interpreter, count & clause("p", x, y), {x, y}), "2 7, 3 8");
     EXPECT_EQ(solve(interpreter, clause("p", x, y) & (Expression(new Count(variable())) || count), {x}),
               "2, 2, 2, 3, 3, 3");
+    // Its bindings are undone like any other.
+    interpreter.getRules().insert(Rule("throw", 1, &throwing));
+    EXPECT_EQ(solve(interpreter, !count, {x}), "");
+    EXPECT_EQ(solve(interpreter, (!!count) & clause("p", y, x), {x}), "7, 8");
+    EXPECT_EQ(solve(interpreter, (x == variable()) & count, {x}), "");
+    Query thrower(count & clause("throw", x));
+    EXPECT_THROW(thrower.solve(interpreter), std::runtime_error);
+    EXPECT_TRUE(x->isNull() && y->isNull());
     // And the library's evaluators for such a program.
     Expression const both = clause("p", x, y) & !clause("p", y, x);
     qv::Reference<Evaluator> const evaluator = both.clause()->createEvaluator(interpreter);
@@ -319,6 +358,10 @@ TEST(LogicClause, OfAProgramsOwn) {
         EXPECT_EQ(y->get(), 7);
         EXPECT_FALSE(!evaluator->allValuesBound());
     }
+    dynamic_cast<BindingEvaluator &>(*evaluator).releaseBindings();
+    EXPECT_TRUE(x->isNull() && y->isNull() && !evaluator->hasSolution());
+    evaluator->first();
+    EXPECT_EQ(y->get(), 7);
     evaluator->next();
     evaluator->next();
     EXPECT_FALSE(evaluator->hasSolution());

@@ -107,8 +107,9 @@ struct ModelGroup {
         long long sum = 0;
         for (ModelCommand const & command : commands)
             sum += command.bytes;
-        return std::min<long long>(sum, INT_MAX);
+        return sum;
     }
+    int shownBytes() const { return int(std::min<long long>(bytes(), INT_MAX)); }
 };
 
 class Model {
@@ -144,8 +145,8 @@ public:
         bool const doing = what == aDo;
         char const * const verb = doing ? "doIt" : "undoIt";
         int const count = int(g.commands.size());
-        line("  %c qvUndo::Group: %s() - (%s) %d commands %lld bytes.\n", doing ? '+' : '-', verb, g.name.c_str(),
-             count, g.bytes());
+        line("  %c qvUndo::Group: %s() - (%s) %d commands %d bytes.\n", doing ? '+' : '-', verb, g.name.c_str(), count,
+             g.shownBytes());
         if (!g.valid) {
             line("  ! qvUndo::Group: %s() - (%s) invalid group.\n", verb, g.name.c_str());
             return false;
@@ -202,7 +203,7 @@ public:
 
     void destroy(std::size_t index) {
         ModelGroup const g = queue[index];
-        line("  qvUndo::Group: delete group (%s) - %lld bytes\n", g.name.c_str(), g.bytes());
+        line("  qvUndo::Group: delete group (%s) - %d bytes\n", g.name.c_str(), g.shownBytes());
         line("busy 1\n");
         for (ModelCommand const & c : g.commands)
             line("commit %d\n", c.number);
@@ -383,7 +384,9 @@ private:
         if (random_.oneIn(2))
             real().setMaxGroups(model_.maxGroups = random_.oneIn(10) ? -1 : random_.below(8));
         else
-            real().setMaxBytes(model_.maxBytes = random_.oneIn(3) ? 0 : 2000 + random_.below(5000));
+            real().setMaxBytes(model_.maxBytes = random_.oneIn(3)   ? 0
+                                                 : random_.oneIn(3) ? INT_MAX
+                                                                    : 2000 + random_.below(5000));
         if (model_.cursor == model_.queue.size())
             model_.enforceLimits(0);
     }

@@ -1,8 +1,10 @@
 #include "UndoSupport.h"
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -175,6 +177,23 @@ TEST(UndoManager, OperationsThatComeBack) {
     EXPECT_EQ(qvUndo::getInstalledManager(), nullptr);
 }
 
+// A listener that throws when it hears of the beginning.
+TEST(UndoManager, EveryBeginningHasItsEnd) {
+    std::vector<bool> busy; // outlives the manager, which emits to its end
+    bool throws = true;
+    std::unique_ptr<qvUndo::Manager> manager(qvUndo::newManager());
+    manager->newGroup("A", false);
+    manager->getBusySignal().addCallback([&](bool on) {
+        if (on && throws)
+            throw std::runtime_error("no");
+    });
+    manager->getBusySignal().addCallback([&](bool on) { busy.push_back(on); }); // is called first
+    EXPECT_THROW(manager->undoIt(), std::runtime_error);
+    EXPECT_EQ(busy, (std::vector<bool>{true, false}));
+    EXPECT_TRUE(!manager->isBusy() && manager->canUndo()) << "and nothing is undone or dropped";
+    throws = false;
+}
+
 TEST(UndoManager, WhatAnOperationThrowsDropsTheHistory) {
     Log log;
     std::vector<bool> busy; // outlives the manager, which emits to its end
@@ -193,6 +212,103 @@ TEST(UndoManager, WhatAnOperationThrowsDropsTheHistory) {
     EXPECT_NE(manager->newGroup("B", false), nullptr);
 }
 
+// The beginning of a step is told before it is known what there is to do: a listener may delete that.
+TEST(UndoManager, GroupsThatGoBeforeTheyAreReached) {
+    for (bool const undo : {true, false}) {
+        Log log;
+        std::unique_ptr<qvUndo::Manager> manager(qvUndo::newManager());
+        qvUndo::Group * group = manager->newGroup("A", false);
+        new Probe(log, group);
+        EXPECT_TRUE(undo || manager->undoIt());
+        manager->getBusySignal().addCallback([&](bool) { delete std::exchange(group, nullptr); });
+        EXPECT_TRUE(undo ? manager->undoIt() : manager->doIt());
+        EXPECT_TRUE(!manager->canUndo() && !manager->canDo());
+        EXPECT_EQ(log.back(), "end");
+    }
+}
+
+struct Neighbour : qvUndo::Command {
+    Log & log;
+    std::string const name;
+    std::function<void(std::string const &)> meanwhile = [](std::string const &) {};
+    Neighbour(Log & l, qvUndo::Group * group, std::string const & n) : Command(group, nullptr), log(l), name(n) {}
+    ~Neighbour() override { happen("end"); }
+    bool happen(std::string const & what) {
+        log.push_back(what + name);
+        meanwhile(what);
+        return true;
+    }
+    bool doOperation() override { return happen("do"); }
+    bool undoOperation() override { return happen("undo"); }
+    void commit() override { happen("commit"); }
+};
+
+// The second of three commands deletes the first or the last by hand: nobody else is passed over.
+TEST(UndoManager, CommandsThatGoUnderALoop) {
+    for (std::string const when : {"do", "undo", "commit", "end"}) {
+        for (int const victim : {1, 3}) {
+            Log log, expected;
+            std::unique_ptr<qvUndo::Manager> manager(qvUndo::newManager());
+            qvUndo::Group * const group = manager->newGroup("A", false);
+            Neighbour * commands[4] = {};
+            for (int i = 1; i <= 3; ++i)
+                commands[i] = new Neighbour(log, group, std::to_string(i));
+            bool const isThere = when != "end" || victim == 3;
+            commands[2]->meanwhile = [&](std::string const & what) {
+                EXPECT_TRUE(what[0] == 'd' || what[0] == 'u' || !(group->doIt() || group->undoIt()));
+                if (what == when && isThere)
+                    delete commands[victim];
+            };
+            EXPECT_TRUE(group->doIt() && group->undoIt());
+            manager->clearAllGroups();
+
+            std::vector<int> alive{1, 2, 3};
+            for (std::string const what : {"do", "undo", "commit", "end"}) {
+                std::vector<int> order = alive;
+                if (what == "undo")
+                    std::reverse(order.begin(), order.end());
+                for (int const number : order) {
+                    if (std::find(alive.begin(), alive.end(), number) == alive.end())
+                        continue;
+                    expected.push_back(what + std::to_string(number));
+                    if (number == 2 && what == when && isThere) {
+                        expected.push_back("end" + std::to_string(victim));
+                        std::erase(alive, victim);
+                    }
+                }
+            }
+            EXPECT_EQ(log, expected) << when << victim;
+        }
+    }
+}
+
+// A group of another module: only it knows what it owns.
+struct ForeignGroup : qvUndo::Group {
+    std::vector<qvUndo::Command *> commands;
+    ForeignGroup() : Group(nullptr) {}
+    ~ForeignGroup() override {
+        for (qvUndo::Command * command : commands)
+            delete command;
+    }
+    bool doIt() override { return false; }
+    bool undoIt() override { return false; }
+    void addCommand(qvUndo::Command * command) override { commands.push_back(command); }
+    qvUndo::Command * getCommand(int) override { return nullptr; }
+    int getNumCommands() override { return int(commands.size()); }
+    int getNumBytesUsed() override { return 0; }
+    char const * getName() override { return ""; }
+    int getID() override { return 0; }
+    int nextCommandID() override { return 1; }
+    void setPrunable(bool) override {}
+    bool isPrunable() override { return true; }
+    bool isDynamic() override { return false; }
+    void setDynamic(bool) override {}
+    void declarePointer(void *) override {}
+    bool declaresPointer(void *) override { return false; }
+    void pointerDestroyed(void *) override {}
+    void groupHook() override {}
+};
+
 // Commands deleted by hand leave their group; commands that meet a dying group stay free.
 TEST(UndoManager, OwnershipIsNeverDoubled) {
     Log log;
@@ -204,6 +320,11 @@ TEST(UndoManager, OwnershipIsNeverDoubled) {
     delete new Probe(log, a);
     b->addCommand(shared);
     shared->addToGroup(b);
+    ForeignGroup foreign;
+    auto * const elsewhere = new Probe(log, &foreign);
+    a->addCommand(elsewhere);
+    elsewhere->addToGroup(a);
+    EXPECT_EQ(foreign.getNumCommands(), 1);
     EXPECT_EQ(a->getNumCommands(), 1);
     EXPECT_EQ(b->getNumCommands(), 0);
     EXPECT_EQ(a->getCommand(-1), shared);

@@ -1,4 +1,4 @@
-// The block cipher of enciphered streams, as free functions with C linkage.
+// The block cipher of enciphered streams, as free functions, for C too.
 
 #ifndef ioBlockCipher_h
 #define ioBlockCipher_h
@@ -11,7 +11,9 @@
 //
 // The expansions give a table of 44 words in memory that all callers share: copy it at once, and do not expand two
 // keys at a time in two threads.
+#ifdef __cplusplus
 extern "C" {
+#endif
 
 // Expands a key of eight 32-bit words, all of which are read. The words with index 0 to length / 8 take part; a length
 // outside 8 to 56 is taken as the nearer of the two.
@@ -25,6 +27,9 @@ QV_EXPORT unsigned const * fdblarctan2_(void const * key, int lengthInBits);
 // alignment.
 QV_EXPORT void fdblhypsin2_(void const * in, void * out, unsigned const * table);
 QV_EXPORT void fdblhypcos2_(void const * in, void * out, unsigned const * table);
+
+#ifdef __cplusplus
 }
+#endif
 
 #endif

@@ -88,7 +88,10 @@ template <class V, int N>
 class TupleArithmetic : public Components<V, double, N> {
 public:
     using Components<V, double, N>::operator[];
-    constexpr double & operator[](int i) { return self().component(i); }
+    template <std::integral I>
+    constexpr double & operator[](I i) {
+        return self().component(static_cast<int>(i));
+    }
 
     constexpr V & operator+=(V const & v) { return self() = self() + v; }
     constexpr V & operator-=(V const & v) { return self() = self() - v; }

@@ -42,10 +42,11 @@ public:
         min_.get(toMin);
         max_.get(toMax);
     }
-    // From corners, or from arrays with one number for each axis.
+    // From corners, or from arrays with one number for each axis. The corners may be those of the range itself.
     constexpr void set(P const & newMin, P const & newMax) {
+        P const last = newMax;
         min_ = newMin;
-        max_ = newMax;
+        max_ = last;
     }
     template <ArrayOfReals A>
     constexpr void set(A newMin, A newMax) {

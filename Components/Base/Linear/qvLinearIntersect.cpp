@@ -130,6 +130,8 @@ int outcodeOf(Range2d const & range, Point2 const & p) {
 } // namespace
 
 segmentRangeIntersection classifySegmentRangeIntersection(Range2d const & range, Point2 const & a, Point2 const & b) {
+    if (range.isUnbounded())
+        return segmentInside;
     int const codeA = outcodeOf(range, a);
     int const codeB = outcodeOf(range, b);
     if (codeA & codeB)

@@ -44,7 +44,7 @@ QV_EXPORT bool intersect(ParamLine2 const & a, ParamLine2 const & b, double & ta
 // fraction of their distance, of the line through these.
 QV_EXPORT bool areCollinear(Point const & a, Point const & b, Point const & c, double tol);
 
-// How a segment lies to a rectangle, as far as the sides on which its ends are tell.
+// How a segment lies to a rectangle, as far as the sides on which its ends are tell. It is inside an unbounded one.
 enum segmentRangeIntersection {
     segmentOutside = 0,
     segmentInside = 1,
@@ -73,7 +73,7 @@ QV_EXPORT bool doLineSegmentsIntersect(Point2 const & a0, Point2 const & a1, Poi
                                        double & t, Point2 & point, bool & hasPoint, double tol);
 
 // Whether a ray is in a rectangle anywhere between tMin and tMax, both excluded. An axis along which dir is below
-// epsilonTol is not tested.
+// epsilonTol is not tested; y is, when both are.
 QV_EXPORT bool doesRayIntersectRange2d(Point2 const & origin, Vector2 const & dir, Range2d const & range, double tMin,
                                        double tMax);
 

@@ -58,6 +58,8 @@ public:
     constexpr Normal(Promise, double newX, double newY, double newZ) : x_(newX), y_(newY), z_(newZ), valid_(true) {}
     template <detail::ArrayOf<double> P>
     constexpr Normal(Promise promise, P numbers) : Normal(promise, numbers[0], numbers[1], numbers[2]) {}
+    template <std::same_as<Vector> V>
+    constexpr Normal(Promise promise, V const & v) : Normal(promise, v[0], v[1], v[2]) {}
 
     template <std::same_as<Vector> V>
     Normal & operator=(V const & v) {
@@ -75,6 +77,10 @@ public:
     template <detail::ArrayOf<double> P>
     constexpr void set(Promise promise, P numbers) {
         *this = Normal(promise, numbers);
+    }
+    template <std::same_as<Vector> V>
+    constexpr void set(Promise promise, V const & v) {
+        *this = Normal(promise, v);
     }
 
     constexpr bool isValid() const { return valid_; }

@@ -40,7 +40,7 @@ struct minimumBracket {
  *
  *      0   found;
  *      1   f has the same sign at both ends: the result is b;
- *      2   not found within 100 iterations: the result is the best place so far.
+ *      2   not found within 100 iterations: the result is the place reached.
  *
  * An end where |f| is below tol is taken as the root at once.
  */

@@ -12,7 +12,8 @@
 
 namespace qvLinear {
 
-// The constructors make u and v perpendicular; whoever changes them calls orthogonalize.
+// The constructors make u and v perpendicular; whoever changes them calls orthogonalize. Where u and v are parallel, or
+// three points lie on a line, the normal is invalid and v is zero, or NaN when it should keep a length.
 class ParamPlane {
 public:
     ParamPlane() = default;

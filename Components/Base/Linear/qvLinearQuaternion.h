@@ -70,6 +70,7 @@ public:
 
     QV_EXPORT void setAngleAxis(double angle, Normal const & axis);
     // The angle goes from 0 to 2 pi. False, with the angle 0 about x, when w is within epsilonTol of 1: no rotation.
+    // With a w of -1, which is no rotation either, it is true: 2 pi about an invalid axis.
     QV_EXPORT bool getAngleAxis(double & angle, Normal & axis) const;
     // The rotation whose matrix has these rows, which are unit vectors, perpendicular and right-handed.
     QV_EXPORT void setFrame(Normal const & a, Normal const & b, Normal const & c);

@@ -1,4 +1,4 @@
-// The 48-bit random generators.
+// The 48-bit random generators, for C too.
 
 #ifndef qvLinearRandom_h
 #define qvLinearRandom_h
@@ -12,7 +12,9 @@
  * A state is 48 bits in three words, the lowest first. All but qv_erand48 work on one state for the whole process,
  * which has no lock.
  */
+#ifdef __cplusplus
 extern "C" {
+#endif
 
 // A number in [0, 1), a multiple of 2^-48, from the next step of the process's state, or of the caller's.
 QV_EXPORT double qv_drand48(void);
@@ -24,6 +26,8 @@ QV_EXPORT void qv_srand48(long seed);
 // Sets the state from the array, and gives what it was before, in static storage that the next call overwrites. That
 // array may be given back in order to go on from there.
 QV_EXPORT unsigned short * qv_seed48(unsigned short v[3]);
+
+#ifdef __cplusplus
 }
 
 namespace qvLinear {
@@ -35,5 +39,6 @@ inline void srand48(long seed) { qv_srand48(seed); }
 inline unsigned short * seed48(unsigned short v[3]) { return qv_seed48(v); }
 
 } // namespace qvLinear
+#endif
 
 #endif

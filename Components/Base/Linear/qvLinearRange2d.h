@@ -35,11 +35,11 @@ public:
     // Width times height; -1 when unbounded.
     constexpr double area() const { return isUnbounded() ? -1 : (max_.x - min_.x) * (max_.y - min_.y); }
 
-    // The range of two opposite corners, arrays of two numbers, in any order.
-    template <detail::ArrayOf<double> A, detail::ArrayOf<double> B>
-    constexpr void setUnordered(A a, B b) {
+    // The range of two opposite corners in any order, as points or as arrays of two numbers.
+    constexpr void setUnordered(Point2 const & a, Point2 const & b) {
+        Point2 const other = b;
         set(a);
-        include(b);
+        include(other);
     }
     // Cuts off what lies outside the other range. An unbounded one becomes the other. Where they do not meet, max
     // comes to lie below min.

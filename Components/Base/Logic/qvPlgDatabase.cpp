@@ -48,22 +48,22 @@ void Database::addToGroup(Fact const & fact) {
             groupsAreWhole_ = false;
         return;
     }
-    Row const row = fact.values().data();
-    Group & group = groups_[Start{fact.name_.get(), fact.arity(), FactRange::startOf(*row[0])}];
+    Row const row = rowOf(fact);
+    Group & group = groups_[Start{fact.name_.get(), fact.arity(), FactRange::startOf(*row.arguments[0])}];
     if (!group.hasRows)
         return;
-    if (!group.first) {
+    if (!group.first.arguments) {
         group.first = row;
         return;
     }
-    if (group.size() == maxGroupSize || compare(*group.first[0], *row[0]) != 0) {
-        group = Group{nullptr, {}, false};
+    if (group.size() == maxGroupSize || compare(*group.first.arguments[0], *row.arguments[0]) != 0) {
+        group = Group{{}, {}, false};
         return;
     }
-    auto const isBefore = [&fact](Row a, Row b) {
+    auto const isBefore = [&fact](Row const & a, Row const & b) {
         int order = 0;
         for (int i = 1; i < fact.arity() && order == 0; ++i)
-            order = compare(*a[i], *b[i]);
+            order = compare(*a.arguments[i], *b.arguments[i]);
         return order < 0;
     };
     if (isBefore(row, group.first)) {

@@ -52,17 +52,25 @@ private:
     struct HashStart {
         unsigned operator()(Start const & start) const;
     };
-    // The arguments of a stored fact, which stay where they are.
-    using Row = qv::Reference<Value> const *;
+    // The arguments of a stored fact, which stay where they are. Its second one, null where there is none, stands
+    // beside them, because it is often all that is wanted: with facts that are strewn over memory that saves a wait.
+    struct Row {
+        qv::Reference<Value> const * arguments = nullptr;
+        Value * second = nullptr;
+    };
+    static Row rowOf(Fact const & fact) {
+        auto const & values = fact.values();
+        return {values.data(), fact.arity() > 1 ? values[1].get() : nullptr};
+    }
     // The facts that begin alike, in order. One that grows too large to insert into, or in which two texts have met
     // that have the same number, gives up its rows; such facts are found in the set.
     struct Group {
-        Row first = nullptr; // with many small groups it matters that nothing else has to be read for it
+        Row first; // with many small groups it matters that nothing else has to be read for it
         qv::vector<Row> others;
         bool hasRows = true;
 
-        int size() const { return first ? others.size() + 1 : 0; }
-        Row row(int index) const { return index == 0 ? first : others[index - 1]; }
+        int size() const { return first.arguments ? others.size() + 1 : 0; }
+        Row const & row(int index) const { return index == 0 ? first : others[index - 1]; }
     };
     static constexpr int maxGroupSize = 1000;
 

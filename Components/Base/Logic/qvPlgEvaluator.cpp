@@ -4,4 +4,6 @@ namespace qvPlg {
 
 Evaluator::~Evaluator() = default;
 
+BindingEvaluator::~BindingEvaluator() = default;
+
 } // namespace qvPlg

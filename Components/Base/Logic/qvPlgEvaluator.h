@@ -15,7 +15,8 @@ class Interpreter;
 // on.
 //
 // A subclass keeps to this: without a solution, and before `first`, it has no binding in place; `first` undoes the
-// bindings of a former run, and `next` without a solution does nothing.
+// bindings of a former run, and `next` without a solution does nothing. `hasSolution` may be asked at any time. One
+// that binds variables derives from BindingEvaluator.
 class QV_EXPORT Evaluator : public qv::ReferenceCount {
 public:
     // The interpreter must outlive the evaluator.
@@ -37,6 +38,21 @@ protected:
 
 private:
     Interpreter const & interpreter_;
+};
+
+// An evaluator that can be made to let go. Queries undo bindings while their evaluators stand on solutions: where a
+// negation has its answer, where `==` does not hold any more, where something is thrown. What an evaluator has bound
+// that is no BindingEvaluator stays bound there, until it is started again or comes to its end by itself. Those of the
+// library are BindingEvaluators; one that drives others passes the call on.
+class QV_EXPORT BindingEvaluator : public Evaluator {
+public:
+    using Evaluator::Evaluator;
+    ~BindingEvaluator() override;
+
+    // Sets the variables that the evaluator has bound back to null. It has no solution from then on, until `first`.
+    // Also called without a solution, when it does nothing, and behind a `first` or `next` that has thrown. Must not
+    // throw.
+    virtual void releaseBindings() = 0;
 };
 
 } // namespace qvPlg

@@ -30,7 +30,8 @@ namespace qvPlg {
 // - `a || b` gives the solutions of `a`, and only if there is none, those of `b`.
 // - `!a` is true once if `a` has no solution; it binds nothing.
 // - `x == y` is true once if both values are equal. It binds nothing, and with a variable it compares old data: write
-//   it behind the clauses that bind its operands.
+//   it behind the clauses that bind its operands. In front of them it is looked at again when they have bound these,
+//   also inside of negations and so in `x != y`: if it does not hold then, there is no solution, and no further one.
 class QV_EXPORT Expression {
 public:
     Expression() = default;

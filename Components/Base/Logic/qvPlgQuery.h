@@ -15,9 +15,11 @@ namespace qvPlg {
 //     while (query.solve(interpreter))
 //         std::cout << *x << '\n';
 //
-// A query runs once; a new one over the same expression starts again. Copies share the run. The interpreter must be the
-// same in each call, must outlive the query and all its copies, and must not be changed while the query runs. A query
-// that is destroyed before it has come to its end leaves the bindings of its last solution in place.
+// A query runs once; a new one over the same expression starts again. Copies made behind the first `solve` share the
+// run; one made earlier has a run of its own over the same variables, and the two must not run at the same time. The
+// interpreter must be the same in each call, must outlive the query and all its copies, and must not be changed while
+// the query runs. A query that is destroyed before it has come to its end leaves the bindings of its last solution in
+// place.
 //
 // Everything of one query belongs to one thread at a time: values are counted and bound without locks.
 class QV_EXPORT Query {
@@ -32,9 +34,9 @@ public:
     ~Query();
 
     // Goes to the next solution and tells whether there is one; the variables are bound then. Behind the last one it is
-    // false for good and every binding is undone. Throws Error number 1 when rules are nested deeper than
-    // `maxRuleDepth`, and whatever a rule throws; that ends the query too. False when it is called by a rule of the
-    // query itself.
+    // false for good and every binding is undone (qvPlgEvaluator.h tells what evaluators of other modules have to do
+    // for that). Throws Error number 1 when rules are nested deeper than `maxRuleDepth`, and whatever a rule throws;
+    // that ends the query too. False when it is called by a rule of the query itself.
     bool solve(Interpreter const & interpreter);
 
 private:

@@ -3,7 +3,6 @@
 #ifndef qvStringFormat_h
 #define qvStringFormat_h
 
-#include <assert.h>
 #include <stdarg.h>
 #include <stddef.h>
 #include <stdint.h>

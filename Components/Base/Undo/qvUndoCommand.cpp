@@ -35,12 +35,15 @@ void Command::addToGroup(Group * group) {
     if (!group || id_ != 0)
         return;
     id_ = group->nextCommandID();
+    isJoining_ = true;
     try {
         group->addCommand(this);
     } catch (...) {
+        isJoining_ = false;
         id_ = 0;
         throw;
     }
+    isJoining_ = false;
     if (id_ != 0 && reportFile.isOpen())
         qvUndoReport("    qvUndo::Command: new (%s, 0x%p)\n", getName(), static_cast<void *>(this));
 }

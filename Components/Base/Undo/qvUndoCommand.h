@@ -32,7 +32,8 @@ class GroupImpl;
 // group another command; a do in progress reaches that one too, an undo does not. What an operation throws goes to the
 // caller and leaves the command invalid.
 //
-// A command that is deleted by hand leaves its group without a commit; it must not be deleted while it runs.
+// A command that is deleted by hand leaves its group without a commit, and those that are left are done, undone and
+// committed as if it had never been there. It must not be deleted while an operation or commit of its own runs.
 class QV_EXPORT Command : public State {
 public:
     // With a group as by `addToGroup`; without one the command is free and its caller's. The name is copied and may be
@@ -51,8 +52,8 @@ public:
     // All commands of a group are committed before the first of them is destroyed. Must not throw.
     virtual void commit();
 
-    // Takes the next number of the group, and gives the command to it. A command that is in a group stays there, and a
-    // group that is being destroyed takes none. Null does nothing.
+    // Takes the next number of the group, and gives the command to it. A command that is in a group, of whatever class,
+    // stays there, and a group that is being destroyed takes none. Null does nothing.
     void addToGroup(Group * group);
 
     // Calls the operation, unless the last one was of the same kind, which succeeds without a call. False when it
@@ -70,6 +71,7 @@ private:
     friend class GroupImpl;
 
     int id_ = 0;
+    bool isJoining_ = false; // it has its number and is not yet in the group
     std::unique_ptr<char[]> name_;
     // Set by the group that owns the command, which is how a second one knows, and how a run finds the history that
     // must not change meanwhile.

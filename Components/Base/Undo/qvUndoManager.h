@@ -23,9 +23,10 @@ namespace qvUndo {
 // Manager, groups and commands belong to one thread at a time. Callbacks and operations of commands may call the
 // manager, but the history stays as it is while `doIt` or `undoIt` runs, while any operation of a command in a group
 // runs, and while a group is being destroyed: then `newGroup` gives null, `doIt` and `undoIt` give false,
-// `deleteLastGroup` and `clearAllGroups` do nothing, and the setters of limits only store them. What an operation
-// throws drops the history like a failure and goes to the caller. Callbacks must not throw while a group is being
-// destroyed.
+// `deleteLastGroup` and `clearAllGroups` do nothing, and the setters of limits only store them. The first do of a new
+// command counts, though `isBusy` is false there: an action inside of it gets no group, and belongs into the one that
+// runs. What an operation throws drops the history like a failure and goes to the caller. Callbacks must not throw
+// while a group is being destroyed.
 //
 // The order of the virtual operations is what subclasses in other modules rely on.
 class QV_EXPORT Manager {
@@ -43,9 +44,10 @@ public:
     virtual bool doIt() = 0;
 
     // Drops what was undone, and old steps beyond the limits, and begins a group at the end, with the cursor behind it.
-    // Null when undo is off, or as told above: the caller then acts without undo. A null name counts as "". It takes
-    // constant time without limits. A limit on steps lets it look at every group, one on bytes ask every command: with
-    // 10,000 groups of 10 commands about a tenth of a millisecond, and one or two milliseconds.
+    // Null when undo is off, which a negative `getMaxGroups` tells, or as told above: the caller then acts without undo
+    // of its own. A null name counts as "". It takes constant time without limits. A limit on steps lets it look at
+    // every group, one on bytes ask every command: with 10,000 groups of 10 commands about a tenth of a millisecond,
+    // and one or two milliseconds.
     virtual Group * newGroup(char const * name, bool dynamic) = 0;
 
     // From the first for 0 and up, from the last for -1 and down; null out of range.
@@ -82,14 +84,15 @@ public:
     virtual int getMaxGroups() = 0;
     virtual int getMaxBytes() = 0;
 
-    // Whether `doIt` or `undoIt` runs.
+    // Whether `doIt` or `undoIt` of the manager runs.
     virtual bool isBusy() = 0;
 
     // A group's last word to its manager. Does nothing for any other group.
     virtual void groupDestroyed(Group * group) = 0;
 
     // Emitted with true and false around every `doIt` and `undoIt` that has something to do, and around the destruction
-    // of every group.
+    // of every group. A callback that throws for `doIt` or `undoIt` ends it, behind a false for those who heard the
+    // true; the history stays when nothing had run.
     qvRTB::SignalArg<bool> & getBusySignal() { return sigBusy_; }
     // Emitted with a group whose commands are gone, when it is about to leave the queue.
     qvRTB::SignalArg<Group *> & getGroupDestroyedSignal() { return sigGroupDestroyed_; }

@@ -55,17 +55,17 @@ FactRange::FactRange(Fact const & goal, Database const & database) : goal_(&goal
         key_ = keyOf(*goal.values()[0]);
 }
 
-FactRange::Row FactRange::first() {
+bool FactRange::first() {
     group_ = nullptr;
     if (!name_)
-        return nullptr;
+        return false;
     if (key_ != 0 && database_->groupsAreWhole_ && findGroup())
-        return group_ ? seekInGroup() : nullptr;
+        return group_ && seekInGroup();
     place_ = database_->getFacts().lower_bound(*this);
     return seekInSet();
 }
 
-FactRange::Row FactRange::next() {
+bool FactRange::next() {
     if (group_) {
         ++index_;
         return seekInGroup();
@@ -82,55 +82,64 @@ bool FactRange::findGroup() {
     Database::Group const & group = place->second;
     if (!group.hasRows)
         return false;
-    if (key_ >= textMark && compare(*group.first[0], *goal_->values()[0]) != 0)
+    if (key_ >= textMark && compare(*group.first.arguments[0], *goal_->values()[0]) != 0)
         return true; // another text of the same number
     group_ = &group;
     index_ = 0;
     if (leading_ > 1 && orderOfRow(group.first, 1) < 0) {
-        auto const liesBefore = [](Row row, FactRange const * range) { return range->orderOfRow(row, 1) < 0; };
+        auto const liesBefore = [](Row const & row, FactRange const * range) { return range->orderOfRow(row, 1) < 0; };
         index_ = 1 + int(std::lower_bound(group.others.begin(), group.others.end(), this, liesBefore) -
                          group.others.begin());
     }
     for (int i = index_; i < group.size() && i < index_ + rowsAhead; ++i)
-        __builtin_prefetch(group.row(i));
+        fetch(group.row(i));
     return true;
 }
 
-FactRange::Row FactRange::seekInGroup() {
+bool FactRange::seekInGroup() {
     for (; index_ < group_->size(); ++index_) {
-        Row const row = group_->row(index_);
+        row_ = group_->row(index_);
         fetchAhead();
-        if (orderOfRow(row, 1) != 0)
+        if (orderOfRow(row_, 1) != 0)
             break;
-        if (matches(row))
-            return row;
+        if (matches())
+            return true;
     }
-    return nullptr;
+    return false;
 }
 
-FactRange::Row FactRange::seekInSet() {
+bool FactRange::seekInSet() {
     for (auto const end = database_->getFacts().end(); place_ != end && order(*place_) == 0; ++place_) {
-        Row const row = place_->values().data();
-        if (matches(row))
-            return row;
+        row_ = Database::rowOf(*place_);
+        if (matches())
+            return true;
     }
-    return nullptr;
+    return false;
 }
 
-// A value is two steps away, which wait for memory one after the other. Those of the next facts are taken ahead, each
-// for another fact.
+// What is read first of a fact.
+void FactRange::fetch(Row const & row) const {
+    if (goal_->arity() > 1)
+        __builtin_prefetch(row.second);
+    if (goal_->arity() > 2)
+        __builtin_prefetch(row.arguments);
+}
+
+// Of other arguments than the second the value is two steps away, which wait for memory one after the other: they are
+// taken ahead, each for another fact.
 void FactRange::fetchAhead() const {
     int const left = group_->size() - index_;
     if (left > rowsAhead)
-        __builtin_prefetch(group_->row(index_ + rowsAhead));
-    if (left > valuesAhead && leading_ < goal_->arity())
-        __builtin_prefetch(group_->row(index_ + valuesAhead)[leading_].get());
+        fetch(group_->row(index_ + rowsAhead));
+    if (left > valuesAhead && leading_ > 1 && leading_ < goal_->arity())
+        __builtin_prefetch(group_->row(index_ + valuesAhead).arguments[leading_].get());
 }
 
-bool FactRange::matches(Row row) const {
+bool FactRange::matches() const {
     for (int i = leading_; i < goal_->arity(); ++i) {
         Value const & wanted = *goal_->values()[i];
-        if (wanted.isNull() ? !wanted.hasTypeOf(*row[i]) : compare(wanted, *row[i]) != 0)
+        Value const & stored = argumentOf(row_, i);
+        if (wanted.isNull() ? !wanted.hasTypeOf(stored) : compare(wanted, stored) != 0)
             return false;
     }
     return true;
@@ -142,15 +151,16 @@ int FactRange::order(Fact const & fact) const {
     if (fact.arity() != goal_->arity())
         return fact.arity() < goal_->arity() ? -1 : 1;
     if (key_ == 0 || fact.firstKey_ == 0)
-        return orderOfRow(fact.values().data(), 0);
+        return orderOfRow(Database::rowOf(fact), 0);
     if (fact.firstKey_ != key_)
         return fact.firstKey_ < key_ ? -1 : 1;
-    return orderOfRow(fact.values().data(), key_ < textMark ? 1 : 0);
+    int const from = key_ < textMark ? 1 : 0;
+    return from < leading_ ? orderOfRow(Database::rowOf(fact), from) : 0;
 }
 
-int FactRange::orderOfRow(Row row, int from) const {
+int FactRange::orderOfRow(Row const & row, int from) const {
     for (int i = from; i < leading_; ++i) {
-        if (int const order = compare(*row[i], *goal_->values()[i]))
+        if (int const order = compare(argumentOf(row, i), *goal_->values()[i]))
             return order;
     }
     return 0;

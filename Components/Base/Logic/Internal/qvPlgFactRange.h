@@ -24,13 +24,12 @@ public:
     // For the search in a set of facts: whether the whole range comes behind the fact.
     bool liesBehind(Fact const & fact) const { return order(fact) < 0; }
 
-    // The arguments of a fact; as many as the goal has.
-    using Row = qv::Reference<Value> const *;
-
-    // The first fact of the range that agrees with the goal in the other arguments too, and the one behind that. Null
-    // when there is none. An argument of the goal that is a variable agrees with any value of its type.
-    Row first();
-    Row next();
+    // Go to the first fact of the range that agrees with the goal in the other arguments too, and to the one behind
+    // that; false when there is none. An argument of the goal that is a variable agrees with any value of its type.
+    bool first();
+    bool next();
+    // Of the fact that was found; for an argument that the goal has as a variable.
+    Value const & argument(int index) const { return argumentOf(row_, index); }
 
     // A number that sorts as the value does, as far as it goes: of two values with keys the one with the smaller key
     // sorts first. Equal keys tell that integers are equal, and nothing about texts. 0 stands for a value of any other
@@ -44,19 +43,25 @@ public:
 
 private:
     bool findGroup();
-    Row seekInGroup();
-    Row seekInSet();
+    bool seekInGroup();
+    bool seekInSet();
+    void fetch(Database::Row const & row) const;
     void fetchAhead() const;
-    bool matches(Row row) const;
+    bool matches() const;
 
     // Where a fact stands: negative in front of the range, positive behind it.
     int order(Fact const & fact) const;
-    int orderOfRow(Row row, int from) const;
+    using Row = Database::Row;
+    static Value const & argumentOf(Row const & row, int index) {
+        return index == 1 ? *row.second : *row.arguments[index];
+    }
+    int orderOfRow(Row const & row, int from) const;
 
     Fact const * goal_ = nullptr;
     Database const * database_ = nullptr;
     int leading_ = 0;       // arguments in front of the first variable
     std::uint64_t key_ = 0; // of the first argument, if it is one of these
+    Row row_;
     // What is still to come: in a group of the database, or else in its set.
     Database::Group const * group_ = nullptr;
     int index_ = 0;

@@ -50,7 +50,7 @@ StepEvaluator * MatchEvaluator::resume() {
         if (child_[0]->endedOnSolution())
             return done(true);
         endRule();
-        releaseBindings();
+        unbind();
         return done(false);
     }
 }
@@ -69,7 +69,7 @@ void MatchEvaluator::setVariablesNull() {
 }
 
 // Forgets the variables too: without a solution they are somebody else's to bind.
-void MatchEvaluator::releaseBindings() {
+void MatchEvaluator::unbind() {
     setVariablesNull();
     variables_.clear();
 }
@@ -80,24 +80,23 @@ bool MatchEvaluator::isBound() { return !isLive_ || goal().allValuesBound(); }
 
 StepEvaluator * MatchEvaluator::firstFact() {
     range_ = FactRange(goal(), interpreter().getDB());
-    FactRange::Row const row = range_.first();
-    return row ? bindTo(row) : startRule();
+    return range_.first() ? bindVariables() : startRule();
 }
 
 StepEvaluator * MatchEvaluator::nextFact() {
     setVariablesNull();
-    if (FactRange::Row const row = range_.next())
-        return bindTo(row);
-    releaseBindings();
+    if (range_.next())
+        return bindVariables();
+    unbind();
     return done(false);
 }
 
 // A variable that stands twice is bound by its first place.
-StepEvaluator * MatchEvaluator::bindTo(FactRange::Row row) {
+StepEvaluator * MatchEvaluator::bindVariables() {
     if (!variables_.empty()) {
         for (int i = 0; i < goal().arity(); ++i) {
             if (Value & value = *goal().values()[i]; value.isNull())
-                value.assign(*row[i]);
+                value.assign(range_.argument(i));
         }
     }
     return done(true);
@@ -108,7 +107,7 @@ StepEvaluator * MatchEvaluator::bindTo(FactRange::Row row) {
 StepEvaluator * MatchEvaluator::startRule() {
     Rule const * const rule = findRule(interpreter(), goal());
     if (!rule) {
-        releaseBindings();
+        unbind();
         return done(false);
     }
     if (depth_ >= Query::maxRuleDepth)

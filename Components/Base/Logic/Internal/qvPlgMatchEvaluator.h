@@ -20,8 +20,9 @@ public:
 
 protected:
     StepEvaluator * resume() override;
-    void releaseBindings() override;
+    void unbind() override;
     bool isBound() override;
+    StepEvaluator * ask(StepEvaluator const *, bool &) override { return nullptr; } // never volatile
 
 private:
     Fact const & goal() const { return clause_->goal(); }
@@ -29,7 +30,7 @@ private:
     void setVariablesNull();
     StepEvaluator * firstFact();
     StepEvaluator * nextFact();
-    StepEvaluator * bindTo(FactRange::Row row);
+    StepEvaluator * bindVariables();
     StepEvaluator * startRule();
     void endRule();
 

@@ -45,7 +45,7 @@ qv::Reference<StepEvaluator> buildEvaluator(Clause * clause, Interpreter const &
                                             int depth) {
     qv::Reference<StepEvaluator> const root = BuiltInClause::makeEvaluator(clause, interpreter, parent, depth);
     auto const isComposite = [](StepEvaluator const & evaluator) {
-        return evaluator.kind_ < StepEvaluator::Kind::goal;
+        return evaluator.kind_ == StepEvaluator::Kind::composite;
     };
     StepEvaluator * list = isComposite(*root) ? root.get() : nullptr;
     while (list) {
@@ -60,7 +60,7 @@ qv::Reference<StepEvaluator> buildEvaluator(Clause * clause, Interpreter const &
     return root;
 }
 
-// A goal's outcome is fixed when its rule has run.
+// A goal's answer is fixed when its rule has run.
 void StepEvaluator::markVolatile() {
     for (StepEvaluator * at = this; at && at->kind_ != Kind::goal && !at->isVolatile_; at = at->parent_)
         at->isVolatile_ = true;
@@ -76,12 +76,22 @@ bool StepEvaluator::run(Operation operation) {
         for (StepEvaluator * at = begin(operation); at;)
             at = at->resume();
     } catch (...) {
-        undo(Extent::everywhere);
+        undo(Undoing::everything);
         isRunning_ = false;
+        isOver_ = true;
         throw;
     }
     isRunning_ = false;
-    return hasSolution();
+    isOver_ = operation == Operation::next && !isLive_;
+    return isLive_ && standsNow();
+}
+
+void StepEvaluator::releaseBindings() {
+    if (isRunning_)
+        return;
+    if (isLive_)
+        undo();
+    isOver_ = true;
 }
 
 StepEvaluator * StepEvaluator::begin(Operation operation) {
@@ -91,46 +101,45 @@ StepEvaluator * StepEvaluator::begin(Operation operation) {
         phase_ = Phase::first;
         return this;
     }
-    if (!hasSolution()) {
-        if (isLive_)
-            undo();
-        return parent_;
-    }
-    return proceed();
+    if (isLive_ && standsNow())
+        return proceed();
+    if (isLive_)
+        undo();
+    return parent_;
 }
 
-void StepEvaluator::undo(Extent extent) {
+void StepEvaluator::undo(Undoing what) {
     link_ = nullptr;
     for (StepEvaluator * list = this; list;) {
         StepEvaluator & evaluator = *std::exchange(list, list->link_);
         evaluator.isLive_ = false;
-        evaluator.releaseBindings();
+        evaluator.stands_ = evaluator.stands_ && what == Undoing::bindings;
+        evaluator.unbind();
         for (qv::Reference<StepEvaluator> const & child : evaluator.child_) {
-            if (child && (child->isLive_ || extent == Extent::everywhere))
+            if (child && (child->isLive_ || what == Undoing::everything))
                 child->link_ = std::exchange(list, child.get());
         }
     }
 }
 
-// Down to something that knows its outcome, and up again as far as that decides.
+// Down to something that knows its answer, and up again as far as that decides.
 bool StepEvaluator::evaluateNow() {
     StepEvaluator * at = this;
-    for (;;) {
-        if (at->isLive_ && at->isVolatile_ && at->kind_ != Kind::leaf) {
-            at = at->kind_ == Kind::disjunction ? at->chosen() : at->child_[0].get();
-            continue;
+    StepEvaluator const * answered = nullptr;
+    for (bool answer = false;;) {
+        StepEvaluator * part = nullptr;
+        if (at->isVolatile_)
+            part = at->ask(answered, answer);
+        else
+            answer = at->stands_;
+        if (part) {
+            at = part;
+            answered = nullptr;
+        } else if (at == this) {
+            return answer;
+        } else {
+            answered = std::exchange(at, at->parent_);
         }
-        bool outcome = at->isLive_ && (!at->isVolatile_ || at->testNow());
-        for (;; at = at->parent_) {
-            if (at == this)
-                return outcome;
-            StepEvaluator & parent = *at->parent_;
-            if (parent.kind_ == Kind::negation)
-                outcome = !outcome;
-            else if (parent.kind_ == Kind::conjunction && outcome && at == parent.child_[0].get())
-                break;
-        }
-        at = at->parent_->child_[1].get();
     }
 }
 
@@ -157,22 +166,36 @@ bool StepEvaluator::allValuesBound() {
 StepEvaluator * EvalAnd::resume() {
     switch (phase_) {
     case Phase::first:
+        rightIsStarted_ = false;
         phase_ = Phase::leftDone;
         return left().begin(Operation::first);
     case Phase::next:
         phase_ = Phase::rightDone;
         return right().proceed();
     case Phase::leftDone:
-        if (!left().endedOnSolution())
-            return done(false);
-        phase_ = Phase::rightDone;
-        return right().begin(Operation::first);
+        return left().endedOnSolution() ? startRight() : done(false);
     default:
         if (right().endedOnSolution())
-            return done(left().hasSolution());
+            return done(left().standsNow());
         phase_ = Phase::leftDone;
         return left().begin(Operation::next);
     }
+}
+
+StepEvaluator * EvalAnd::startRight() {
+    rightIsStarted_ = true;
+    phase_ = Phase::rightDone;
+    return right().begin(Operation::first);
+}
+
+// What was not started in this run has no solution.
+StepEvaluator * EvalAnd::ask(StepEvaluator const * answered, bool & answer) {
+    if (!answered)
+        return &left();
+    if (answered != &left() || !answer)
+        return nullptr;
+    answer = rightIsStarted_;
+    return rightIsStarted_ ? &right() : nullptr;
 }
 
 // The side that was taken is remembered: the other one is never started.
@@ -196,19 +219,35 @@ StepEvaluator * EvalOr::resume() {
     }
 }
 
+// Where neither side had a solution, both were started and either may have one now.
+StepEvaluator * EvalOr::ask(StepEvaluator const * answered, bool & answer) {
+    if (!answered)
+        return isLive_ ? chosen_ : &left();
+    return answered == &left() && chosen_ != answered && !answer ? &right() : nullptr;
+}
+
 StepEvaluator * EvalNot::resume() {
     switch (phase_) {
     case Phase::first:
+        isDone_ = false;
         phase_ = Phase::childDone;
         return left().begin(Operation::first);
     case Phase::next:
+        isDone_ = true;
         return done(false);
     default:
         if (!left().endedOnSolution())
             return done(true);
-        undo();
-        return parent_;
+        left().undo(Undoing::bindings);
+        return done(false);
     }
+}
+
+StepEvaluator * EvalNot::ask(StepEvaluator const * answered, bool & answer) {
+    if (!answered && !isDone_)
+        return &left();
+    answer = answered && !answer;
+    return nullptr;
 }
 
 // ---- Leaves
@@ -219,19 +258,45 @@ EvalEqual::EvalEqual(Interpreter const & interpreter, StepEvaluator * parent, qv
     markVolatile();
 }
 
+StepEvaluator * EvalEqual::resume() {
+    isDone_ = phase_ != Phase::first;
+    bool answer;
+    ask(nullptr, answer);
+    return done(answer);
+}
+
+StepEvaluator * EvalEqual::ask(StepEvaluator const *, bool & answer) {
+    answer = !isDone_ && compare(*left_, *right_) == 0;
+    return nullptr;
+}
+
 EvalForeign::EvalForeign(Interpreter const & interpreter, StepEvaluator * parent, qv::Reference<Evaluator> evaluator)
-    : StepEvaluator(interpreter, Kind::leaf, parent), evaluator_(std::move(evaluator)) {
+    : StepEvaluator(interpreter, Kind::leaf, parent), evaluator_(std::move(evaluator)),
+      binding_(dynamic_cast<BindingEvaluator *>(evaluator_.get())) {
     markVolatile();
 }
 
 StepEvaluator * EvalForeign::resume() {
-    if (evaluator_) {
-        if (phase_ == Phase::first)
-            evaluator_->first();
-        else
-            evaluator_->next();
-    }
-    return done(testNow());
+    if (!evaluator_)
+        return done(false);
+    isUnbound_ = false;
+    if (phase_ == Phase::first)
+        evaluator_->first();
+    else
+        evaluator_->next();
+    return done(evaluator_->hasSolution());
+}
+
+void EvalForeign::unbind() {
+    if (!binding_)
+        return;
+    binding_->releaseBindings();
+    isUnbound_ = true;
+}
+
+StepEvaluator * EvalForeign::ask(StepEvaluator const *, bool & answer) {
+    answer = isUnbound_ || !evaluator_ ? stands_ : evaluator_->hasSolution();
+    return nullptr;
 }
 
 } // namespace qvPlg

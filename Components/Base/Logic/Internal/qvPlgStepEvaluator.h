@@ -18,17 +18,21 @@ class CompositeClause;
 // stands on the stack of a recursive solver stands in `phase_` here. Other walks over the tree link evaluators by
 // `link_`.
 //
-// An evaluator that has no solution has no binding in place, and neither has anything below it.
-class StepEvaluator : public Evaluator {
+// An evaluator whose last operation ended on a solution is live; one that is not has no binding in place, and neither
+// has anything below it. Whether there is a solution is another question, which is answered anew whenever it is asked:
+// what ran since may have bound what a leaf compares. So a negation in front of the clause that binds its operands
+// turns out false behind it.
+class StepEvaluator : public BindingEvaluator {
 public:
     enum class Operation { first, next };
 
     ~StepEvaluator() override;
 
-    bool hasSolution() final { return isLive_ && (!isVolatile_ || evaluateNow()); }
+    bool hasSolution() final { return !isOver_ && !isRunning_ && standsNow(); }
     void first() final { run(Operation::first); }
     void next() final { run(Operation::next); }
     bool allValuesBound() final;
+    void releaseBindings() final;
 
     // Only on the root of a tree. Gives whether there is a solution then. What is thrown leaves no binding and no
     // solution. A call from within a run of the same tree does nothing and is false.
@@ -42,39 +46,42 @@ public:
         return this;
     }
 
-    // `hasSolution` for a parent that resumes because this evaluator is done: nothing can have changed since.
+    // For a parent that resumes because this evaluator is done: nothing can have changed since.
     bool endedOnSolution() const { return isLive_; }
+    // Whether there is a solution at this moment. Only of what was started in this run.
+    bool standsNow() { return isVolatile_ ? evaluateNow() : stands_; }
+
+    // Releases the bindings of all that is live from here down. A solution goes with them, but `bindings` leaves the
+    // answer to a negation, which has had it. `everything` is for a run that has broken off.
+    enum class Undoing { solution, bindings, everything };
+    void undo(Undoing what = Undoing::solution);
 
 protected:
-    enum class Kind { conjunction, disjunction, negation, goal, leaf };
+    enum class Kind { composite, goal, leaf };
     enum class Phase { first, next, leftDone, rightDone, childDone };
 
     StepEvaluator(Interpreter const & interpreter, Kind kind, StepEvaluator * parent)
-        : Evaluator(interpreter), kind_(kind), parent_(parent) {}
+        : BindingEvaluator(interpreter), kind_(kind), parent_(parent) {}
 
     virtual StepEvaluator * resume() = 0;
-    // Of this evaluator alone.
-    virtual void releaseBindings() {}
-    // For a leaf: whether it has a solution at this moment, and has no variable left.
-    virtual bool testNow() { return true; }
+    // Whether this evaluator, without those below it, has no variable left.
     virtual bool isBound() { return true; }
-    // What a solution of a disjunction was taken from.
-    virtual StepEvaluator * chosen() const { return nullptr; }
+    // Releases the bindings that this evaluator itself has made.
+    virtual void unbind() {}
+    // For `standsNow` of a volatile evaluator: gives the part that has to be asked, at first with null, and then with
+    // the part that has answered. Null when `answer` is that of this evaluator.
+    virtual StepEvaluator * ask(StepEvaluator const * answered, bool & answer) = 0;
 
-    // Undoes the bindings of the tree from here down, where there are any, or everywhere when a run has broken off.
-    enum class Extent { withSolution, everywhere };
-    void undo(Extent extent = Extent::withSolution);
-
-    // The end of an operation. An evaluator whose outcome depends on more than the runs below it looks again, because
-    // what ran last may have bound what it compares.
+    // The end of an operation. A volatile composite may have lost a solution which its parts still stand on.
     StepEvaluator * done(bool isLive) {
         isLive_ = isLive;
+        stands_ = isLive;
         if (!isLive && isVolatile_)
             undo();
         return parent_;
     }
 
-    // The outcome may change while nothing below runs: there is an EvalEqual, or an evaluator of another module.
+    // The answer may change while nothing below runs: there is an EvalEqual, or an evaluator of another module.
     void markVolatile();
 
     void dropChild(int index) { child_[index] = nullptr; }
@@ -82,8 +89,10 @@ protected:
     Kind kind_;
     Phase phase_ = Phase::first;
     bool isLive_ = false;
+    bool stands_ = false; // the answer of one that is not volatile
     bool isVolatile_ = false;
     bool isRunning_ = false;
+    bool isOver_ = true;     // of the root: not started, or nothing to go on from
     StepEvaluator * parent_; // null for the root
     StepEvaluator * link_ = nullptr;
     qv::Reference<StepEvaluator> child_[2];
@@ -101,8 +110,8 @@ public:
     CompositeClause & clause() const { return clause_; }
 
 protected:
-    CompositeEvaluator(Interpreter const & interpreter, Kind kind, StepEvaluator * parent, CompositeClause & clause)
-        : StepEvaluator(interpreter, kind, parent), clause_(clause) {}
+    CompositeEvaluator(Interpreter const & interpreter, StepEvaluator * parent, CompositeClause & clause)
+        : StepEvaluator(interpreter, Kind::composite, parent), clause_(clause) {}
 
     StepEvaluator & left() const { return *child_[0]; }
     StepEvaluator & right() const { return *child_[1]; }
@@ -114,32 +123,42 @@ private:
 class EvalAnd final : public CompositeEvaluator {
 public:
     EvalAnd(Interpreter const & interpreter, StepEvaluator * parent, CompositeClause & clause)
-        : CompositeEvaluator(interpreter, Kind::conjunction, parent, clause) {}
+        : CompositeEvaluator(interpreter, parent, clause) {}
 
 protected:
     StepEvaluator * resume() override;
+    StepEvaluator * ask(StepEvaluator const * answered, bool & answer) override;
+
+private:
+    StepEvaluator * startRight();
+
+    bool rightIsStarted_ = false;
 };
 
 class EvalOr final : public CompositeEvaluator {
 public:
     EvalOr(Interpreter const & interpreter, StepEvaluator * parent, CompositeClause & clause)
-        : CompositeEvaluator(interpreter, Kind::disjunction, parent, clause) {}
+        : CompositeEvaluator(interpreter, parent, clause) {}
 
 protected:
     StepEvaluator * resume() override;
-    StepEvaluator * chosen() const override { return chosen_; }
+    StepEvaluator * ask(StepEvaluator const * answered, bool & answer) override;
 
 private:
-    StepEvaluator * chosen_ = nullptr;
+    StepEvaluator * chosen_ = nullptr; // the side that was started last
 };
 
 class EvalNot final : public CompositeEvaluator {
 public:
     EvalNot(Interpreter const & interpreter, StepEvaluator * parent, CompositeClause & clause)
-        : CompositeEvaluator(interpreter, Kind::negation, parent, clause) {}
+        : CompositeEvaluator(interpreter, parent, clause) {}
 
 protected:
     StepEvaluator * resume() override;
+    StepEvaluator * ask(StepEvaluator const * answered, bool & answer) override;
+
+private:
+    bool isDone_ = false;
 };
 
 class EvalEqual final : public StepEvaluator {
@@ -148,13 +167,14 @@ public:
               qv::Reference<Value> right);
 
 protected:
-    StepEvaluator * resume() override { return done(phase_ == Phase::first && testNow()); }
-    bool testNow() override { return compare(*left_, *right_) == 0; }
+    StepEvaluator * resume() override;
     bool isBound() override { return !left_->isNull(); }
+    StepEvaluator * ask(StepEvaluator const * answered, bool & answer) override;
 
 private:
     qv::Reference<Value> left_;
     qv::Reference<Value> right_;
+    bool isDone_ = false;
 };
 
 // An evaluator of another module, or none: an empty expression.
@@ -164,11 +184,14 @@ public:
 
 protected:
     StepEvaluator * resume() override;
-    bool testNow() override { return evaluator_ && evaluator_->hasSolution(); }
+    void unbind() override;
     bool isBound() override { return !evaluator_ || evaluator_->allValuesBound(); }
+    StepEvaluator * ask(StepEvaluator const * answered, bool & answer) override;
 
 private:
     qv::Reference<Evaluator> evaluator_;
+    BindingEvaluator * binding_; // the same, when it is one
+    bool isUnbound_ = false;     // since its last operation: it no longer knows its answer
 };
 
 // The evaluators of a clause, which may be null, not started. `depth` tells how many rules it stands in.

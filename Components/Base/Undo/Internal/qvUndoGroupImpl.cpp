@@ -7,6 +7,7 @@
 #include "Base/Undo/qvUndoReport.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstdint>
 #include <cstring>
 #include <utility>
@@ -24,14 +25,15 @@ std::unique_ptr<char[]> copyOf(char const * text) {
 
 } // namespace
 
+int saturatedBytes(std::int64_t sum) { return int(std::clamp<std::int64_t>(sum, INT_MIN, INT_MAX)); }
+
 GroupImpl::GroupImpl(ManagerImpl & manager, char const * name)
     : Group(&manager), id_(manager.nextGroupID()), manager_(manager), name_(copyOf(name)) {
     if (reportFile.isOpen())
         qvUndoReport("  qvUndo::Group: new group (%s)\n", name_.get());
 }
 
-// Every commit comes before the first destruction, so that a command may still see its neighbours in its own. Loops go
-// by index and ask for the size again: what is called here may delete commands by hand.
+// Every commit comes before the first destruction, so that a command may still see its neighbours in its own.
 GroupImpl::~GroupImpl() {
     ManagerImpl::Hold const hold(manager_);
     isDying_ = true;
@@ -39,14 +41,12 @@ GroupImpl::~GroupImpl() {
     if (reportFile.isOpen())
         qvUndoReport("  qvUndo::Group: delete group (%s) - %d bytes\n", name_.get(), getNumBytesUsed());
     manager_.getBusySignal().emit(true);
-    for (int i = 0; i < commands_.size(); ++i)
-        commands_[i]->commit();
-    for (int i = 0; i < commands_.size(); ++i) {
-        Command * const command = std::exchange(commands_[i], nullptr);
-        if (command) {
-            command->group_ = nullptr;
-            delete command;
-        }
+    for (Walk walk(*this, Walk::forward); walk.at < commands_.size(); ++walk.at)
+        commands_[walk.at]->commit();
+    for (Walk walk(*this, Walk::forward); walk.at < commands_.size(); ++walk.at) {
+        Command * const command = std::exchange(commands_[walk.at], nullptr);
+        command->group_ = nullptr;
+        delete command;
     }
     commands_.clear();
     sigDestroyed_.emit(this);
@@ -56,17 +56,18 @@ GroupImpl::~GroupImpl() {
 
 // The command's own `doIt` would hold the history once more for each.
 template <bool (*run)(Command &)>
-bool GroupImpl::runCommand(int index) {
+bool GroupImpl::runCommand(Walk const & walk) {
     try {
-        return run(*commands_[index]);
+        return run(*commands_[walk.at]);
     } catch (...) {
-        if (Command * const command = getCommand(index))
-            command->stateInvalid();
+        commands_[walk.at]->stateInvalid();
         throw;
     }
 }
 
 bool GroupImpl::doIt() {
+    if (isDying_)
+        return false;
     ManagerImpl::Hold const hold(manager_);
     if (reportFile.isOpen())
         qvUndoReport("  + qvUndo::Group: doIt() - (%s) %d commands %d bytes.\n", name_.get(), commands_.size(),
@@ -77,15 +78,17 @@ bool GroupImpl::doIt() {
     }
     if (lastWasDoIt())
         return true;
-    for (int i = 0; i < commands_.size(); ++i) {
-        if (!runCommand<CommandRun::doIt>(i))
-            return fail("  ! qvUndo::Group: 'do' of command %d (%s) returnedfailure status\n", i);
+    for (Walk walk(*this, Walk::forward); walk.at < commands_.size(); ++walk.at) {
+        if (!runCommand<CommandRun::doIt>(walk))
+            return fail("  ! qvUndo::Group: 'do' of command %d (%s) returnedfailure status\n", walk.at);
     }
     stateDone();
     return true;
 }
 
 bool GroupImpl::undoIt() {
+    if (isDying_)
+        return false;
     ManagerImpl::Hold const hold(manager_);
     if (reportFile.isOpen())
         qvUndoReport("  - qvUndo::Group: undoIt() - (%s) %d commands %d bytes.\n", name_.get(), commands_.size(),
@@ -96,9 +99,9 @@ bool GroupImpl::undoIt() {
     }
     if (lastWasUndoIt())
         return true;
-    for (int i = commands_.size() - 1; i >= 0; i = std::min(i, commands_.size()) - 1) {
-        if (!runCommand<CommandRun::undoIt>(i))
-            return fail("  ! qvUndo::Group: 'undo' of command %d (%s) returnedfailure status\n", i);
+    for (Walk walk(*this, Walk::backward); walk.at >= 0; --walk.at) {
+        if (!runCommand<CommandRun::undoIt>(walk))
+            return fail("  ! qvUndo::Group: 'undo' of command %d (%s) returnedfailure status\n", walk.at);
     }
     stateUndone();
     return true;
@@ -106,8 +109,7 @@ bool GroupImpl::undoIt() {
 
 bool GroupImpl::fail(char const * format, int index) {
     if (reportFile.isOpen()) {
-        Command * const command = getCommand(index);
-        qvUndoReport(format, index, command ? command->getName() : "");
+        qvUndoReport(format, index, commands_[index]->getName());
         qvUndoReport("  ! qvUndo::Group: marking group (%s) invalid.\n", name_.get());
     }
     stateInvalid();
@@ -120,6 +122,8 @@ void GroupImpl::addCommand(Command * command) {
         return;
     if (command->id_ == 0)
         return command->addToGroup(this);
+    if (!command->isJoining_) // it is in a group of another class
+        return;
     if (isDying_) {
         command->id_ = 0;
         return;
@@ -134,11 +138,11 @@ Command * GroupImpl::getCommand(int index) {
     return fromFirst >= 0 && fromFirst < commands_.size() ? commands_[fromFirst] : nullptr;
 }
 
-int GroupImpl::getNumBytesUsed() {
+std::int64_t GroupImpl::countBytes() {
     std::int64_t sum = 0;
     for (int i = 0; i < commands_.size(); ++i)
         sum += commands_[i] ? commands_[i]->getNumBytesUsed() : 0;
-    return saturatedBytes(sum);
+    return sum;
 }
 
 void GroupImpl::declarePointer(void * pointer) {
@@ -158,8 +162,12 @@ void GroupImpl::pointerDestroyed(void * pointer) {
 
 void GroupImpl::forgetCommand(Command * command) {
     auto const place = std::find(commands_.begin(), commands_.end(), command);
-    if (place != commands_.end())
-        commands_.erase(place);
+    if (place == commands_.end())
+        return;
+    int const index = int(place - commands_.begin());
+    commands_.erase(place);
+    for (Walk * walk = innermostWalk_; walk; walk = walk->outer())
+        walk->commandHasLeft(index);
 }
 
 } // namespace qvUndo

@@ -9,11 +9,15 @@
 #include "Base/Signals/qvRTBSignal.h"
 #include "Base/Undo/qvUndoGroup.h"
 
+#include <cstdint>
 #include <memory>
 
 namespace qvUndo {
 
 class ManagerImpl;
+
+// A sum of bytes in the type that the interface gives.
+int saturatedBytes(std::int64_t sum);
 
 class GroupImpl final : public Group {
 public:
@@ -28,7 +32,7 @@ public:
     void addCommand(Command * command) override;
     Command * getCommand(int index) override;
     int getNumCommands() override { return commands_.size(); }
-    int getNumBytesUsed() override;
+    int getNumBytesUsed() override { return saturatedBytes(countBytes()); }
     char const * getName() override { return name_.get(); }
     int getID() override { return id_; }
     int nextCommandID() override { return ++commandCounter_; }
@@ -40,6 +44,9 @@ public:
     bool declaresPointer(void * pointer) override { return pointers_.contains(pointer); }
     void pointerDestroyed(void * pointer) override;
     void groupHook() override {}
+
+    // What the commands say, not cut to an int.
+    std::int64_t countBytes();
 
     ManagerImpl & manager() { return manager_; }
     qvRTB::SignalArg<Group *> & getDestroyedSignal() { return sigDestroyed_; }
@@ -58,12 +65,38 @@ public:
     bool isDying() const { return isDying_; }
 
 private:
+    // A loop over the commands. What it calls may delete others by hand, at which the loop is set right, and may add
+    // some: so ask for the number of commands anew.
+    class Walk {
+    public:
+        enum Direction { forward, backward };
+        Walk(GroupImpl & group, Direction direction)
+            : at(direction == forward ? 0 : group.commands_.size() - 1), group_(group), outer_(group.innermostWalk_),
+              direction_(direction) {
+            group.innermostWalk_ = this;
+        }
+        ~Walk() { group_.innermostWalk_ = outer_; }
+        Walk(Walk const &) = delete;
+        Walk & operator=(Walk const &) = delete;
+
+        Walk * outer() const { return outer_; }
+        void commandHasLeft(int index) { at -= index < at || (index == at && direction_ == forward); }
+
+        int at;
+
+    private:
+        GroupImpl & group_;
+        Walk * const outer_;
+        Direction const direction_;
+    };
+
     template <bool (*run)(Command &)>
-    bool runCommand(int index);
+    bool runCommand(Walk const & walk);
     bool fail(char const * format, int index);
 
     qvRTB::SignalArg<Group *> sigDestroyed_;
     qv::vector<Command *> commands_; // owned; null where one has been destroyed with the group
+    Walk * innermostWalk_ = nullptr;
     qv::set<void *> pointers_;
     int id_;
     int commandCounter_ = 0;

@@ -3,16 +3,10 @@
 #include "Base/Undo/Internal/qvUndoReportFile.h"
 #include "Base/Undo/qvUndoReport.h"
 
-#include <algorithm>
 #include <iterator>
-#include <limits>
 #include <memory>
 
 namespace qvUndo {
-
-int saturatedBytes(std::int64_t sum) {
-    return int(std::clamp<std::int64_t>(sum, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
-}
 
 ManagerImpl::ManagerImpl() : cursor_(queue_.end()) {}
 
@@ -30,7 +24,8 @@ void ManagerImpl::retire() {
 
 // ---- Undo and do
 
-// Signals around a walk over the groups of one step. A walk that throws is a failure that the caller hears of.
+// Signals around a walk over the groups of one step. A walk that throws is a failure that the caller hears of. Whoever
+// was told that it begins is told that it ends, also when another listener throws.
 template <class Walk>
 bool ManagerImpl::runStep(Walk walk) {
     struct Busy {
@@ -39,14 +34,17 @@ bool ManagerImpl::runStep(Walk walk) {
         ~Busy() { flag = false; }
     };
     Busy const busy(busy_);
-    getBusySignal().emit(true);
+    bool hasBegun = false;
     bool good = false;
     try {
+        getBusySignal().emit(true);
+        hasBegun = true;
         good = walk();
         if (!good)
             currentGroupIsInvalid();
     } catch (...) {
-        currentGroupIsInvalid();
+        if (hasBegun)
+            currentGroupIsInvalid();
         getBusySignal().emit(false);
         throw;
     }
@@ -95,29 +93,32 @@ bool ManagerImpl::doIt() {
     }
 }
 
-// Backward through the dynamic groups to the one that heads them. Both walks add up the commands on their way.
+// Backward through the dynamic groups to the one that heads them. Both walks add up the commands on their way. Whether
+// there is a group at all is asked behind the signal, as its listeners may have deleted some by hand.
 bool ManagerImpl::undoGroups(int & commands) {
-    for (;;) {
+    while (canUndo()) {
         --cursor_;
         GroupImpl & group = **cursor_;
         commands += group.getNumCommands();
         if (!group.undoIt())
             return false;
-        if (!canUndo() || !group.isDynamic())
-            return true;
+        if (!group.isDynamic())
+            break;
     }
+    return true;
 }
 
 bool ManagerImpl::doGroups(int & commands) {
-    for (;;) {
+    while (canDo()) {
         GroupImpl & group = **cursor_;
         commands += group.getNumCommands();
         if (!group.doIt())
             return false;
         ++cursor_;
         if (!canDo() || !(*cursor_)->isDynamic())
-            return true;
+            break;
     }
+    return true;
 }
 
 void ManagerImpl::currentGroupIsInvalid() {
@@ -213,8 +214,7 @@ void ManagerImpl::pruneTrailingInvalidGroups() {
     }
 }
 
-// ---- Limits. Steps and bytes are counted afresh each time, because commands and groups change what they answer
-// without
+// ---- Limits. Steps and bytes are counted afresh each time: commands and groups change what they answer without
 // ---- telling anybody.
 
 void ManagerImpl::setMaxGroups(int maxGroups) {
@@ -264,7 +264,7 @@ int ManagerImpl::countSteps() {
 std::int64_t ManagerImpl::countBytes() {
     std::int64_t sum = 0;
     for (GroupImpl * group : queue_)
-        sum += group->getNumBytesUsed();
+        sum += group->countBytes();
     return sum;
 }
 

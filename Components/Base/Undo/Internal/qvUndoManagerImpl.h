@@ -12,9 +12,6 @@
 
 namespace qvUndo {
 
-// A sum of bytes in the type that the interface gives.
-int saturatedBytes(std::int64_t sum);
-
 class ManagerImpl final : public Manager {
 public:
     ManagerImpl();
