@@ -36,10 +36,10 @@ void require(bool condition, std::string const & what) {
 
 IString wide(std::string const & text) { return IString(text.c_str(), qvString::UTF8); }
 
-// A folder in memory that goes with the program.
+// A folder that goes with the program.
 class Scratch {
 public:
-    Scratch() : root_(fs::is_directory("/dev/shm") ? "/dev/shm" : fs::temp_directory_path()) {
+    explicit Scratch(fs::path const & place) : root_(place) {
         root_ /= "qvbase-bench-" + std::to_string(std::rand());
         fs::create_directories(root_);
     }
@@ -52,8 +52,15 @@ private:
     fs::path root_;
 };
 
+// In memory, where there is such a place.
 Scratch const & scratch() {
-    static Scratch const made;
+    static Scratch const made(fs::is_directory("/dev/shm") ? "/dev/shm" : fs::temp_directory_path());
+    return made;
+}
+
+// As a rule on a disk.
+Scratch const & diskScratch() {
+    static Scratch const made(fs::temp_directory_path());
     return made;
 }
 
@@ -131,6 +138,9 @@ void prepareArchives() {
         run("tar -cf tree.tar " + tree());
         run(package + "extract --to first tree.package");
         run("diff -r " + tree() + " first/" + tree()); // both sides get the same
+        run(package + "add --compress packed.package " + tree());
+        run(package + "extract --to second packed.package");
+        run("diff -r " + tree() + " second/" + tree());
         return true;
     }();
     static_cast<void>(done);
@@ -286,6 +296,14 @@ void registerAll() {
         addProgram("package add|2,000 files compressed|zip", "zip -q -6 -r c.zip tree", "c.zip", prepareTree);
     else
         std::fputs("zip is not installed: left out\n", stderr);
+    // What it costs that the bytes are on stable storage in the end.
+    std::string const disk = diskScratch().path("");
+    addProgram("package add to a disk|2,000 files plain|qv", package + "add --quiet " + disk + "a.package tree",
+               disk + "a.package", prepareTree);
+    addProgram("package add to a disk|2,000 files plain|tar, not synced", "tar -cf " + disk + "a.tar tree",
+               disk + "a.tar", prepareTree);
+    addProgram("package add to a disk|2,000 files plain|tar, then sync",
+               "tar -cf " + disk + "b.tar tree && sync " + disk + "b.tar", disk + "b.tar", prepareTree);
     addProgram("package extract|2,000 files|qv", package + "extract --to x tree.package", "x", prepareArchives);
     addProgram("package extract|2,000 files|tar", "tar -xf tree.tar -C y", "y", prepareArchives);
     addProgram("package one file|64 MiB add|qv", package + "add --quiet l.package large", "l.package", prepareLarge);

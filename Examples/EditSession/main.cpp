@@ -8,14 +8,14 @@
 
 #include "MeshCommands.h"
 #include "MeshModel.h"
-#include "ObjReader.h"
+#include "ObjFile.h"
+#include "Support/ProgressBar.h"
 
-#include "Base/DataFiles/ioBufferedStreamInput.h"
-#include "Base/Strings/qvStringIString.h"
 #include "Base/Undo/qvUndoCommand.h"
 #include "Base/Undo/qvUndoGroup.h"
 #include "Base/Undo/qvUndoManager.h"
 #include "Base/Undo/qvUndoReport.h"
+#include "Base/Utility/qvUtilProgress.h"
 
 #include <cstdio>
 #include <exception>
@@ -32,20 +32,6 @@ namespace {
 struct Failure : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
-
-void readObjFile(char const * name, mesh::Document & document) {
-    ioBufferedStreamInput stream;
-    stream.openFile(qvString::IString(name, qvString::UTF8));
-    if (!stream.good())
-        throw Failure(std::string(name) + ": cannot be opened");
-    mesh::ObjReader reader(document);
-    bool const isRead = reader.read(stream);
-    stream.close();
-    if (!isRead)
-        throw Failure(std::string(name) + ":" + std::to_string(reader.line()) + ": " + reader.problem().asChar());
-    if (!document.firstMesh)
-        throw Failure(std::string(name) + ": there is no mesh to edit");
-}
 
 class Session {
 public:
@@ -138,10 +124,21 @@ private:
     qvRTB::SignalClient client_; // dies first
 };
 
+void readTwice(char const * name, mesh::Document & document, mesh::Document & original) {
+    qvUtil::Progress progress, half;
+    ProgressBar const bar(ProgressBar::Use::whereATerminalIs, progress);
+    progress.setCaption("reading");
+    for (mesh::Document * const one : {&document, &original}) {
+        progress.subPhase(0.5, half);
+        mesh::readObjFile(name, *one, half);
+    }
+    if (!document.firstMesh)
+        throw Failure(std::string(name) + ": there is no mesh to edit");
+}
+
 void run(char const * objName, char const * traceName) {
     mesh::Document document, original;
-    readObjFile(objName, document);
-    readObjFile(objName, original);
+    readTwice(objName, document, original);
     std::filesystem::remove(traceName); // the trace is appended to what is there
     qvUndoReportInit(traceName);
     qvUndo::installManager(qvUndo::newManager());

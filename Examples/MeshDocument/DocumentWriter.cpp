@@ -28,9 +28,10 @@ public:
 
 class DocumentWriter {
 public:
-    explicit DocumentWriter(ioWriteContext & context) : context_(context) {}
+    DocumentWriter(ioWriteContext & context, qvUtil::Progress & progress) : context_(context), progress_(progress) {}
 
     void write(Document const & document) {
+        countElements(document);
         writeRoot(document);
         writeValues(packets::positions, &document, document.positions);
         writeArray(packets::weights, &document, document.weights);
@@ -116,25 +117,45 @@ private:
     template <class T>
     void writeArray(char const * type, void const * owner, qv::vector<T> const & array) {
         ioWriteLargeArray(context_, type, owner, array.size(), array.data());
+        report(array.size());
     }
 
     template <class Value>
     void writeValues(char const * type, void const * owner, qv::vector<Value> const & values) {
         ioWriteLargeArray(context_, type, owner, values.size() * numbersPerValue, numbersOf(values));
+        report(values.size() * numbersPerValue);
+    }
+
+    void countElements(Document const & document) {
+        total_ = document.weights.size();
+        total_ += double(numbersPerValue) *
+                  (double(document.positions.size()) + document.textureCoordinates.size() + document.normals.size());
+        for (Group const & group : document.groups)
+            total_ += double(group.faceSizes.size()) + group.corners.size();
+    }
+
+    void report(int elements) {
+        done_ += elements;
+        if (total_ > 0)
+            progress_.set(done_ / total_);
     }
 
     ioWriteContext & context_;
+    qvUtil::Progress & progress_;
+    double done_ = 0; // elements of arrays
+    double total_ = 0;
 };
 
 } // namespace
 
-bool writeDocument(ioBufferedStreamOutput & stream, ioWriteMethod method, Document const & document) {
+bool writeDocument(ioBufferedStreamOutput & stream, ioWriteMethod method, Document const & document,
+                   qvUtil::Progress & progress) {
     WriterRegistry registry;
     std::unique_ptr<ioWriteContext> const context(ioWriteContextAlloc(stream, method, &registry));
     if (!context)
         return false;
     context->startFile();
-    DocumentWriter(*context).write(document);
+    DocumentWriter(*context, progress).write(document);
     context->endFile();
     return context->good();
 }

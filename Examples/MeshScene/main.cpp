@@ -7,9 +7,9 @@
 // Exit codes: 0 when the file could be read, 1 when not, 2 for wrong arguments.
 
 #include "MeshModel.h"
-#include "ObjReader.h"
+#include "ObjFile.h"
+#include "Support/ProgressBar.h"
 
-#include "Base/DataFiles/ioBufferedStreamInput.h"
 #include "Base/Linear/qvLinearAffineMatrix.h"
 #include "Base/Linear/qvLinearDecompose.h"
 #include "Base/Linear/qvLinearIntersect.h"
@@ -17,7 +17,7 @@
 #include "Base/Linear/qvLinearParamLine.h"
 #include "Base/Linear/qvLinearRange3d.h"
 #include "Base/Linear/qvLinearTolerance.h"
-#include "Base/Strings/qvStringIString.h"
+#include "Base/Utility/qvUtilProgress.h"
 
 #include <algorithm>
 #include <charconv>
@@ -32,19 +32,11 @@ namespace {
 
 using namespace qvLinear;
 
-bool readObjFile(char const * name, mesh::Document & document) {
-    ioBufferedStreamInput stream;
-    stream.openFile(qvString::IString(name, qvString::UTF8));
-    if (!stream.good()) {
-        std::fprintf(stderr, "%s: cannot be opened\n", name);
-        return false;
-    }
-    mesh::ObjReader reader(document);
-    bool const isRead = reader.read(stream);
-    stream.close();
-    if (!isRead)
-        std::fprintf(stderr, "%s:%lld: %s\n", name, static_cast<long long>(reader.line()), reader.problem().asChar());
-    return isRead;
+void readFile(char const * name, mesh::Document & document) {
+    qvUtil::Progress progress;
+    ProgressBar const bar(ProgressBar::Use::whereATerminalIs, progress);
+    progress.setCaption("reading");
+    mesh::readObjFile(name, document, progress);
 }
 
 void print(char const * name, Vector const & v) {
@@ -132,8 +124,7 @@ int run(int argc, char ** argv) {
         return 2;
     }
     mesh::Document document;
-    if (!readObjFile(argv[1], document))
-        return 1;
+    readFile(argv[1], document);
     AffineMatrix const matrix = sceneMatrix();
     printParts(matrix);
     for (Point & p : document.positions)

@@ -19,11 +19,13 @@ namespace {
 namespace fs = std::filesystem;
 using qvTest::bytesOf;
 using qvTest::FailingSystem;
+using qvTest::FailsWith;
 using qvTest::FaultLasts;
 using qvTest::Succeeds;
 using qvTest::SystemFault;
 using qvTest::wide;
 using qvTest::writeBytes;
+using qvUtil::Error;
 
 using Contents = std::map<std::string, std::string>;
 
@@ -135,6 +137,32 @@ TEST_F(PackageFaults, LeaveATableThatTheObjectCanGoOnWith) {
     EXPECT_GT(faults, 300);
 }
 
+// A large file is packed into a temporary one, which may find no room.
+TEST_F(PackageFaults, WhilePackingAreToldFromThoseOfTheSource) {
+    writeBytes(path("large"), std::string(3 << 20, 'x'));
+    std::map<int, int> numbers;
+    for (int n = 0;; ++n) {
+        bool struck = false;
+        Error error;
+        {
+            FailingSystem const failing(SystemFault::diskFull, FaultLasts::fromThenOn, n);
+            ioPackageFileSource source;
+            error = source.prepare(wide(path("large")), true);
+            struck = FailingSystem::struck();
+        }
+        ++numbers[error.num()];
+        if (error.num() == 10) {
+            EXPECT_THAT(error, FailsWith(10, "Error compressing file: " + path("large")));
+        }
+        reset();
+        if (!struck)
+            break;
+    }
+    EXPECT_GT(numbers[10], 3);
+    EXPECT_GE(numbers[0], 1);
+    EXPECT_EQ(numbers[8], 0);
+}
+
 TEST_F(PackageFaults, ThatEndTheProcessLeaveWhatIsTold) {
     Contents const before = {{"a", sources_.at("one")}, {"b", small_}};
     Contents after = before;
@@ -171,6 +199,36 @@ TEST_F(PackageFaults, ThatEndTheProcessLeaveWhatIsTold) {
         ASSERT_TRUE(found == before || found == without) << n;
         if (!ended)
             break;
+    }
+    // What goes into a hole that the directory on disk knows leaves the package as it was, until update() is at work.
+    // Into one of this run: the old name then has any bytes.
+    for (bool const isOfThisRun : {false, true}) {
+        std::string const filler(9000, 'f');
+        writeBytes(path("four"), filler);
+        for (int n = 0;; ++n) {
+            reset();
+            if (!isOfThisRun) {
+                ioPackageFile package;
+                ASSERT_TRUE(!package.open(wide(path("p"))) && !package.deleteEntry(wide("a")) && !package.update());
+            }
+            bool const ended = endsAt(n, [&] {
+                ioPackageFile package;
+                return !package.open(wide(path("p"))) && (!isOfThisRun || !package.deleteEntry(wide("a"))) &&
+                       !package.addEntry(wide(path("four")), wide("h"), false) && !package.update();
+            });
+            std::optional<Contents> const found = read("p");
+            if (!ended) {
+                ASSERT_TRUE((found == Contents{{"b", small_}, {"h", filler}}));
+                break;
+            }
+            if (!found.has_value() || found->contains("h"))
+                continue; // in update()
+            ASSERT_EQ(found->at("b"), small_) << n;
+            ASSERT_EQ(found->contains("a"), isOfThisRun) << n;
+            if (isOfThisRun) {
+                ASSERT_EQ(found->at("a").size(), filler.size()) << n;
+            }
+        }
     }
     // A compact copy leaves the package alone, and is no package before its end.
     for (int n = 0;; ++n) {

@@ -3,6 +3,7 @@
 #include "Base/DataFiles/ioBufferedStreamInput.h"
 #include "Base/DataFiles/ioPacketRegistry.h"
 #include "Base/DataFiles/ioWriteContext.h"
+#include "Base/Utility/qvUtilProgress.h"
 
 #include "Support/ErrorMatchers.h"
 #include "Support/ScratchDirectory.h"
@@ -312,32 +313,89 @@ TEST_F(PackageFile, StoresPlainWhatDoesNotShrink) {
     EXPECT_EQ(status.st_mode & 0777U, 0666U & ~mask);
 }
 
+TEST_F(PackageFile, NamesComeBackAsTheyWere) {
+    ASSERT_THAT(package_->open(name("p")), Succeeds());
+    writeBytes(path("source"), "x");
+    // A byte order mark is part of a name, and half of a pair has no form on disk.
+    IString const sound[] = {IString(L"a"),
+                             IString(L"\xFEFF"
+                                     L"a"),
+                             IString(L"\xFEFF"), IString(L"\xD83D\xDE00")};
+    IString const halves[] = {IString(L"a\xDC80"), IString(L"\xD83D"), IString(L"\xDE00\xD83D"),
+                              IString(L"\xD83D\xD83D\xDE00")};
+    for (IString const & each : sound)
+        EXPECT_THAT(package_->addEntry(name("source"), each, false), Succeeds());
+    for (IString const & each : halves)
+        EXPECT_EQ(package_->addEntry(name("source"), each, false).num(), 12);
+    ASSERT_THAT(package_->update(), Succeeds());
+    ASSERT_THAT(package_->open(name("p")), Succeeds());
+    EXPECT_EQ(package_->size(), 4);
+    for (IString const & each : sound)
+        EXPECT_NE(package_->getEntry(each), nullptr) << each.asUTF8();
+}
+
+TEST_F(PackageFile, TakesFilesThatWereMadeReady) {
+    ASSERT_THAT(package_->open(name("p")), Succeeds());
+    ioPackageFileSource source;
+    EXPECT_THAT(package_->addEntry(source, wide("a")), FailsWith(7, "Could not read file: \n"));
+    EXPECT_THAT(source.prepare(name("missing"), true), FailsWith(6, "File does not exist: " + path("missing") + "\n"));
+    double furthest = 0;
+    qvUtil::Progress progress;
+    progress.getSigUpdate().addCallback([&](qvUtil::Progress & at) { furthest = at.get(); });
+    // One is packed in memory, one in a temporary file, one is not worth it.
+    for (std::size_t const size : {std::size_t{5000}, std::size_t{3} << 20, std::size_t{1}}) {
+        std::string const contents(size, 's');
+        writeBytes(path("source"), contents);
+        ASSERT_THAT(source.prepare(name("source"), true, &progress), Succeeds());
+        EXPECT_EQ(source.getCompressed(), size > 1);
+        EXPECT_TRUE(size == 1 ? source.getSize() == 1 : source.getSize() < static_cast<std::int64_t>(size) / 4);
+        EXPECT_EQ(furthest, 1.0);
+        for (char const * entry : {"a", "b"}) {
+            ASSERT_THAT(package_->addEntry(source, wide(entry)), Succeeds());
+            EXPECT_EQ(package_->getEntry(wide(entry))->getTimeStamp(), source.getTimeStamp());
+            EXPECT_TRUE(extracted(*package_, entry) == contents);
+        }
+    }
+    ASSERT_THAT(source.prepare(name("p"), false), Succeeds());
+    EXPECT_THAT(package_->addEntry(source, wide("c")), FailsWith(15, "The source entry can not be in the package."));
+    EXPECT_THAT(package_->addEntry(name("p"), wide("c"), true),
+                FailsWith(15, "The source entry can not be in the package."));
+}
+
 TEST_F(PackageFile, DirectoriesThatLieAreRefused) {
     constexpr std::int64_t end = dataOffset + 20;
     constexpr std::int64_t huge = INT64_MAX;
-    std::vector<std::vector<Record>> const lies = {
-        {},
-        {{"a", 85, 20}},                                      // no end marker
-        {{"a", 85, 20}, {".", end, -1}, {".", end, -1}},      // two
-        {{".", end, -1}, {"a", 85, 20}},                      // elsewhere
-        {{"a", 85, 20}, {".", end + 1, -1}},                  // another place than the pointer's
-        {{"a", 85, 19}, {".", end, -1}},                      // a gap at the end
-        {{"a", 86, 19}, {".", end, -1}},                      // a gap at the begin
-        {{"a", 85, 10}, {"b", 96, 9}, {".", end, -1}},        // a gap between
-        {{"a", 85, 12}, {"b", 95, 10}, {".", end, -1}},       // an overlap
-        {{"b", 95, 10}, {"a", 85, 10}, {".", end, -1}},       // out of order
-        {{"a", 85, 21}, {".", end, -1}},                      // past the end
-        {{"a", 85, huge}, {".", end, -1}},                    //
-        {{"a", 85, huge}, {"b", 84, -huge}, {".", end, -1}},  //
-        {{"a", 85, -5}, {"b", 80, 25}, {".", end, -1}},       // a negative size
-        {{"a", -85, 190}, {".", end, -1}},                    // a negative offset
-        {{"a", 85, 10}, {"a", 95, 10}, {".", end, -1}},       // two of one name
-        {{"\xFF", 85, 10}, {"\xFE", 95, 10}, {".", end, -1}}, // two of one name, once they are text
+    char const * const noEnd = "the end marker is missing or elsewhere";
+    char const * const gap = "there is a gap or an overlap";
+    char const * const tooLarge = "a record reaches behind the data";
+    char const * const twice = "two records have one name";
+    struct {
+        std::vector<Record> records;
+        std::string fault;
+    } const lies[] = {
+        {{}, noEnd},
+        {{{"a", 85, 20}}, noEnd},
+        {{{"a", 85, 20}, {".", end, -1}, {".", end, -1}}, "there is a second end marker"},
+        {{{".", end, -1}, {"a", 85, 20}}, noEnd},
+        {{{"a", 85, 20}, {".", end + 1, -1}}, noEnd},
+        {{{"a", 85, 19}, {".", end, -1}}, "there is a gap in front of the end marker"},
+        {{{"a", 86, 19}, {".", end, -1}}, gap},
+        {{{"a", 85, 10}, {"b", 96, 9}, {".", end, -1}}, gap},
+        {{{"a", 85, 12}, {"b", 95, 10}, {".", end, -1}}, gap},
+        {{{"b", 95, 10}, {"a", 85, 10}, {".", end, -1}}, gap},
+        {{{"a", 85, 21}, {".", end, -1}}, tooLarge},
+        {{{"a", 85, huge}, {".", end, -1}}, tooLarge},
+        {{{"a", 85, huge}, {"b", 84, -huge}, {".", end, -1}}, tooLarge},
+        {{{"a", 85, -5}, {"b", 80, 25}, {".", end, -1}}, tooLarge},
+        {{{"a", -85, 190}, {".", end, -1}}, gap},
+        {{{"a", 85, 10}, {"a", 95, 10}, {".", end, -1}}, twice},
+        {{{"\xFF", 85, 10}, {"\xFE", 95, 10}, {".", end, -1}}, twice}, // once they are text
     };
     std::string const start = header + pointerText(end) + std::string(20, 'd');
-    for (std::size_t i = 0; i < lies.size(); ++i) {
-        EXPECT_THAT(openBytes(start + directory(lies[i])), FailsWith(17, "Error reading directory: " + path("p"))) << i;
-        EXPECT_TRUE(package_->getPackageFileName().isEmpty() && package_->size() == 0) << i;
+    for (auto const & lie : lies) {
+        EXPECT_THAT(openBytes(start + directory(lie.records)), FailsWith(17, "Error reading directory: " + path("p")));
+        EXPECT_EQ(package_->getDirectoryFault(), lie.fault);
+        EXPECT_TRUE(package_->getPackageFileName().isEmpty() && package_->size() == 0);
     }
     // A record that claims to define an object is no record.
     std::string claims = directory({{"a", 85, 20}, {".", end, -1}});
@@ -400,6 +458,21 @@ TEST_F(PackageFile, ExpandsNowhereElse) {
     }
     EXPECT_TRUE(fs::is_empty(path("outside")) && !fs::exists(path("x")));
     EXPECT_TRUE(fs::exists(path("to/real/x")) && fs::exists(path("to/z")));
+    // Directories that joining makes shorter: a link below them is found all the same, and names stay below.
+    fs::create_directory_symlink(path("to/real"), path("into"));
+    fs::create_directory(path("c:"));
+    for (std::string const & root : {path("to/real/.."), path("into/.."), path("to/real/../../to")}) {
+        IString file;
+        EXPECT_EQ(ioPackageFile::placeBelow(wide(root), wide("link/x"), file).num(), 12) << root;
+        EXPECT_THAT(ioPackageFile::placeBelow(wide(root), wide("plain"), file), Succeeds());
+        EXPECT_TRUE(fs::equivalent(file.asUTF8(), path("to/plain"))) << root;
+    }
+    fs::path const before = fs::current_path();
+    fs::current_path(path("."));
+    IString inDrive;
+    EXPECT_THAT(ioPackageFile::placeBelow(wide("c:"), wide("d/x"), inDrive), Succeeds());
+    fs::current_path(before);
+    EXPECT_EQ(fs::path(inDrive.asUTF8()), fs::canonical(path("c:")) / "d/x");
     EXPECT_THAT(package_->expand(name("fresh/deep")), testing::_);
     EXPECT_EQ(bytesOf(path("fresh/deep/deep/er")), "x");
 }

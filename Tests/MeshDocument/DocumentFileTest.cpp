@@ -30,7 +30,9 @@ protected:
     std::string write(Document const & document, ioWriteMethod method) {
         ioBufferedStreamOutput stream;
         stream.openFile(qvTest::wide(path_));
-        EXPECT_TRUE(mesh::writeDocument(stream, method, document));
+        qvUtil::Progress progress;
+        EXPECT_TRUE(mesh::writeDocument(stream, method, document, progress));
+        EXPECT_EQ(progress.get(), document.positions.empty() ? 0 : 1);
         stream.close();
         EXPECT_TRUE(stream.good());
         return qvTest::bytesOf(path_);

@@ -6,8 +6,11 @@
 #include "Support/ScratchDirectory.h"
 #include "Support/StringPrinters.h"
 
+#include <csignal>
+#include <fcntl.h>
 #include <filesystem>
 #include <set>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utime.h>
@@ -23,24 +26,27 @@ using qvTest::Succeeds;
 using qvTest::wide;
 using qvTest::writeBytes;
 
-class FileOperations : public testing::Test {
+class FileOperations : public testing::Test, public qvTest::ScratchDirectory {
 protected:
-    std::string path(std::string const & name) const { return scratch_.path(name); }
     Filename name(std::string const & below) const { return Filename(wide(path(below))); }
-
-    qvTest::ScratchDirectory scratch_;
 };
 
 TEST_F(FileOperations, CopyWithNumbersOfItsOwn) {
     writeBytes(path("a"), "contents");
-    fs::permissions(path("a"), fs::perms(0640));
-    utimbuf const times{1000000, 1000000};
-    ASSERT_EQ(::utime(path("a").c_str(), &times), 0);
+    fs::permissions(path("a"), fs::perms(06750));
+    timespec const times[2] = {{1000000, 5}, {1000000, 5}};
+    ASSERT_EQ(::utimensat(AT_FDCWD, path("a").c_str(), times, 0), 0);
     EXPECT_THAT(fileCopy(name("a"), name("b"), false), Succeeds());
     struct stat status;
     ASSERT_EQ(::stat(path("b").c_str(), &status), 0);
-    EXPECT_EQ(status.st_mode & 0777U, 0640U);
-    EXPECT_EQ(status.st_mtime, 1000000);
+    EXPECT_EQ(status.st_mode & 07777U, 06750U);
+    EXPECT_TRUE(status.st_mtim.tv_sec == 1000000 && status.st_mtim.tv_nsec == 5);
+    // What another user's program may do goes to nobody else.
+    if (::geteuid() == 0 && ::chown(path("a").c_str(), 65534, 65534) == 0) {
+        fs::permissions(path("a"), fs::perms(06750));
+        EXPECT_THAT(fileCopy(name("a"), name("b"), true), Succeeds());
+        EXPECT_EQ(fs::status(path("b")).permissions(), fs::perms(0750));
+    }
     auto const text = [this](char const * from, char const * to, char const * system) {
         return "Error copying " + path(from) + " to " + path(to) + ": " + system;
     };
@@ -58,6 +64,27 @@ TEST_F(FileOperations, CopyWithNumbersOfItsOwn) {
     EXPECT_THAT(fileMove(name("a").name().asWChar(), name("c").name().asWChar(), false), Succeeds());
     EXPECT_THAT(fileMove(name("c"), name("b"), false), FailsWith(3, text("c", "b", "File exists")));
     EXPECT_TRUE(!fs::exists(path("a")) && fs::exists(path("c")));
+}
+
+TEST_F(FileOperations, CopyLeavesAloneWhatIsNoFile) {
+    writeBytes(path("a"), std::string(50000, 'a'));
+    ASSERT_EQ(::mkfifo(path("pipe").c_str(), 0600), 0);
+    EXPECT_THAT(fileCopy(name("pipe"), name("b"), false), FailsWith(1, testing::EndsWith(": Not a file of bytes")));
+    EXPECT_FALSE(fs::exists(path("b")));
+    int const reader = ::open(path("pipe").c_str(), O_RDWR | O_CLOEXEC);
+    EXPECT_THAT(fileCopy(name("a"), name("pipe"), true), Succeeds());
+    ::close(reader);
+    EXPECT_TRUE(fs::is_fifo(path("pipe")) && fs::status(path("pipe")).permissions() == fs::perms(0600));
+    // What is cut off through a link is not removed by the link's name.
+    fs::create_symlink("b", path("link"));
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit before;
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+    rlimit const small{40000, before.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
+    EXPECT_THAT(fileCopy(name("a"), name("link"), true), FailsWith(1, testing::EndsWith(": File too large")));
+    ::setrlimit(RLIMIT_FSIZE, &before);
+    EXPECT_TRUE(fs::is_symlink(path("link")));
 }
 
 TEST_F(FileOperations, RenameReplacesNothing) {

@@ -2,7 +2,9 @@
 
 #include "Base/OS/qvOSDirectoryIterator.h"
 #include "Base/OS/qvOSFileFactory.h"
+#include "Base/OS/qvOSFileOperations.h"
 #include "Base/OS/qvOSFilesystem.h"
+#include "Base/OS/qvOSProtectedWrite.h"
 
 #include "Support/ErrorMatchers.h"
 #include "Support/ScratchDirectory.h"
@@ -10,6 +12,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <iostream>
 #include <map>
 #include <set>
 #include <sys/stat.h>
@@ -27,21 +30,10 @@ using qvTest::wide;
 using qvTest::writeBytes;
 using qvUtil::Error;
 
-class FileTest : public testing::Test {
+class FileTest : public testing::Test, public qvTest::ScratchDirectory {
 protected:
-    std::string path(std::string const & name) const { return scratch_.path(name); }
     IString name(std::string const & below) const { return wide(path(below)); }
-
-    qvTest::ScratchDirectory scratch_;
 };
-
-TEST_F(FileTest, MessagesByTheirCodes) {
-    EXPECT_THAT(File::getError(0), Succeeds());
-    EXPECT_THAT(File::getError(1), FailsWith(1, "Not Implemented"));
-    EXPECT_THAT(File::getError(15), FailsWith(15, "The URL is invalid"));
-    EXPECT_THAT(File::getError(19), FailsWith(19, "Cannot become the parent of a root directory"));
-    EXPECT_THAT(File::getError(20), FailsWith(20, ""));
-}
 
 TEST_F(FileTest, ReadsToAnEndThatComesWithTheLastBytes) {
     writeBytes(path("a"), "0123456789");
@@ -208,6 +200,8 @@ TEST_F(FileTest, CopiesFilesAndTrees) {
 
     // What would meet itself is refused, and nothing is touched.
     fs::create_hard_link(path("from/large"), path("other"));
+    fs::create_directory_symlink("to/sub", path("link"));
+    ASSERT_EQ(::mkfifo(path("pipe").c_str(), 0600), 0);
     struct {
         char const * from;
         char const * to;
@@ -216,12 +210,14 @@ TEST_F(FileTest, CopiesFilesAndTrees) {
         {"from/large", "from/large", 7}, {"from/large", "other", 7},
         {"from", "from/inside", 7},      {"missing", "x", 18},
         {"from/large", "no/x", 4},       {"from/sub/small", "from", 4},
+        {"pipe", "pipe copy", 4},        {"/dev/zero", "zeros", 4},
+        {"from/sub/back/", "x/", 7},     {"link/", "sub", 0},
     };
     for (auto const & row : rows) {
         File to(name(row.to));
         EXPECT_EQ(File(name(row.from)).copyTo(to).num(), row.failure) << row.from << " " << row.to;
     }
-    EXPECT_EQ(bytesOf(path("other")), large);
+    EXPECT_TRUE(bytesOf(path("other")) == large && !fs::exists(path("pipe copy")) && fs::exists(path("sub/small")));
     File source(name("from/large"));
     ASSERT_THAT(source.open(OpenRead), Succeeds());
     EXPECT_THAT(source.copyTo(target), FailsWith(9, "File is open"));
@@ -242,6 +238,58 @@ TEST_F(FileTest, CopiesSparseFilesBeyondFourGigabytes) {
     char bytes[6];
     ASSERT_EQ(std::ifstream(path("copy"), std::ios::binary).read(bytes, 6).gcount(), 6);
     EXPECT_EQ(std::string(bytes, 6), std::string("begin\0", 6));
+    // A file of the system that has fewer bytes than its size says.
+    std::string const made = "/sys/class/net/lo/mtu";
+    if (fs::exists(made)) {
+        EXPECT_THAT(File(wide(made)).copyTo(target), Succeeds());
+        EXPECT_EQ(fs::file_size(path("copy")), bytesOf(made).size());
+    }
+}
+
+// What a user without rights meets; tests may run as one who has all of them.
+TEST_F(FileTest, RefusalsByPermission) {
+    fs::create_directory(path("closed"));
+    for (char const * const file : {"file", "readable", "closed/x"})
+        writeBytes(path(file), "x");
+    fs::permissions(path("readable"), fs::perms(0444));
+    fs::permissions(path("file"), fs::perms::none);
+    fs::permissions(path("closed"), fs::perms::none);
+    fs::permissions(path(""), fs::perms(0555));
+    std::string told;
+    auto const tell = [&told](Error const & error) { told += std::to_string(error.num()) + error.message() + '\n'; };
+    auto const meetThemAll = [&] {
+        if (::geteuid() == 0 && (::setgid(65534) != 0 || ::setuid(65534) != 0))
+            return;
+        qv::vector<IString> list;
+        FileStatus status;
+        Filename const readable(name("readable"));
+        Filename const fresh(name("new"));
+        tell(File(name("file")).open(OpenRead));
+        tell(File(name("new")).open(OpenWrite));
+        tell(File(name("closed")).readDir(list, true));
+        tell(File(name("closed/x")).query(status));
+        tell(File(fresh.name()).makeDirectory());
+        tell(File(readable.name()).deleteSelf(0));
+        tell(fileCopy(Filename(name("file")), fresh, true));
+        tell(fileRename(readable, fresh));
+        tell(fileDelete(readable));
+        ProtectedWrite saving(readable);
+        tell(Error(saving.init() || saving.finalize() ? 0 : saving.getStatus(), "saving"));
+        int entries = 0;
+        for (DirectoryIterator walk(name("closed")); walk.valid(); walk.next())
+            ++entries;
+        tell(Error(entries, "walked"));
+        told += isFileWritable(readable) || doesFileExist(Filename(name("closed/x"))) ? "wrong" : "right";
+    };
+    std::string const problem = "4An I/O problem has occurred\n";
+    std::string const expected = problem + problem + problem + "4Permission denied\n" + problem + problem +
+                                 "1Error copying " + path("file") + " to " + path("new") +
+                                 ": Permission denied\n"
+                                 "6A component of either path prefix deniessearch permission\n"
+                                 "1Permission denied\n1saving\n1walked\nright";
+    EXPECT_EXIT((meetThemAll(), std::cerr << told, std::_Exit(0)), testing::ExitedWithCode(0), expected);
+    for (char const * const closed : {"", "closed"})
+        fs::permissions(path(closed), fs::perms::owner_all);
 }
 
 TEST_F(FileTest, MovesAndDeletes) {
@@ -266,10 +314,16 @@ TEST_F(FileTest, MovesAndDeletes) {
     EXPECT_THAT(tree.deleteSelf(0), Succeeds());
     EXPECT_FALSE(fs::exists(path("tree")));
     EXPECT_EQ(bytesOf(path("outside/kept")), "kept");
-    fs::create_directory_symlink(path("outside"), path("link"));
-    EXPECT_THAT(File(name("link")).deleteSelf(0), Succeeds());
-    EXPECT_FALSE(fs::is_symlink(path("link")));
-    EXPECT_EQ(bytesOf(path("outside/kept")), "kept");
+    for (char const * const link : {"link", "link/", "link//"}) {
+        fs::create_directory_symlink(path("outside"), path("link"));
+        File moved(name("moved"));
+        EXPECT_THAT(File(name(link)).moveTo(moved), Succeeds());
+        EXPECT_TRUE(fs::is_symlink(path("moved")) && !fs::is_symlink(path("link")));
+        fs::rename(path("moved"), path("link"));
+        EXPECT_THAT(File(name(link)).deleteSelf(0), Succeeds());
+        EXPECT_FALSE(fs::is_symlink(path("link")));
+        EXPECT_EQ(bytesOf(path("outside/kept")), "kept");
+    }
     EXPECT_THAT(missing.deleteSelf(0), FailsWith(4, "An I/O problem has occurred"));
 }
 
@@ -292,6 +346,8 @@ TEST_F(FileTest, TellsWhatItKnows) {
     EXPECT_THAT(missing.query(status, true), FailsWith(-1, "Failed to query Owner/Group of " + path("missing")));
     EXPECT_EQ(status.getOwner(), "Unknown");
     EXPECT_THAT(File::query(IString(4000, L'x'), status), FailsWith(4, "File name too long"));
+    EXPECT_THAT(File::getError(19), FailsWith(19, "Cannot become the parent of a root directory"));
+    EXPECT_THAT(File::getError(20), FailsWith(20, ""));
 
     // What a transport has once seen of a directory stays.
     EXPECT_FALSE(missing.isDirectory());
@@ -400,17 +456,25 @@ TEST_F(FileTest, WalksLevelByLevel) {
     fs::create_directories(path("r/a/aa"));
     writeBytes(path("r/a/aa/x"), "");
     writeBytes(path("r/f"), "");
+    writeBytes(path("r/a/\\."), "");
     fs::create_directory_symlink(path("r"), path("r/a/cycle"));
-    std::vector<std::string> const expected = {path("r/"),      path("r/a/"),      path("r/f"),
-                                               path("r/a/aa/"), path("r/a/cycle"), path("r/a/aa/x")};
-    std::vector<std::string> names = walked(path("r///"));
-    ASSERT_EQ(names.size(), expected.size());
-    EXPECT_EQ(names[0], expected[0]);
-    EXPECT_EQ(names[5], expected[5]); // after everything above it
-    std::sort(names.begin(), names.end());
-    std::vector<std::string> sorted = expected;
-    std::sort(sorted.begin(), sorted.end());
-    EXPECT_EQ(names, sorted);
+    std::multiset<std::string> const below = {"/", "/a/", "/f", "/a/aa/", "/a/cycle", "/a/\\.", "/a/aa/x"};
+    fs::path const before = fs::current_path();
+    for (std::string const & root : {path("r"), std::string("r"), std::string("."), std::string("..")}) {
+        fs::current_path(path(root == "." ? "r" : root == ".." ? "r/a" : ""));
+        std::vector<std::string> const names = walked(root + "///");
+        EXPECT_TRUE(names.front() == root + '/' && names.back() == root + "/a/aa/x"); // after everything above it
+        std::multiset<std::string> found;
+        for (std::string const & entry : names)
+            found.insert(entry.substr(root.size()));
+        EXPECT_EQ(found, below) << root;
+    }
+    fs::current_path(before);
+    DirectoryIterator top(IString(L"/"));
+    for (top.next(); top.valid(); top.next()) {
+        EXPECT_FALSE(top.getName() == L"/." || top.getName() == L"/..");
+        top.prune();
+    }
     EXPECT_EQ(walked(path("r"), path("r/a/")).size(), 3U);
     EXPECT_TRUE(walked(path("missing")).empty());
     EXPECT_EQ(walked(path("r/f")), std::vector<std::string>{path("r/f")});
@@ -423,7 +487,7 @@ TEST_F(FileTest, WalksLevelByLevel) {
         if (walk.getName() == name("r/a"))
             fs::remove_all(path("r/a/aa"));
     }
-    EXPECT_EQ(count, 5);
+    EXPECT_EQ(count, 6);
 }
 
 TEST_F(FileTest, WalksAndDeletesAHundredThousandFiles) {

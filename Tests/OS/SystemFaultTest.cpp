@@ -4,6 +4,7 @@
 #include "Base/OS/qvOSFileOperations.h"
 #include "Base/OS/qvOSProtectedWrite.h"
 
+#include "Support/ErrorMatchers.h"
 #include "Support/FailingSystem.h"
 #include "Support/ScratchDirectory.h"
 
@@ -20,6 +21,7 @@ namespace {
 namespace fs = std::filesystem;
 using qvTest::bytesOf;
 using qvTest::FailingSystem;
+using qvTest::FailsWith;
 using qvTest::FaultLasts;
 using qvTest::SystemFault;
 using qvTest::wide;
@@ -30,7 +32,7 @@ std::string const newContents(50000, 'n');
 
 enum class Strategy { beside, copies };
 
-class SystemFaults : public testing::TestWithParam<Strategy> {
+class SystemFaults : public testing::TestWithParam<Strategy>, public qvTest::ScratchDirectory {
 protected:
     SystemFaults() {
         fs::create_directory(path("tmp"));
@@ -38,8 +40,6 @@ protected:
         setenv("TMPDIR", path("tmp").c_str(), 1);
     }
     ~SystemFaults() override { unsetenv("TMPDIR"); }
-
-    std::string path(std::string const & name) const { return scratch_.path(name); }
 
     void reset(bool withOld) const {
         for (char const * const directory : {"d", "tmp"})
@@ -75,8 +75,6 @@ protected:
                 all.insert(bytesOf(entry.path().string()));
         return all;
     }
-
-    qvTest::ScratchDirectory scratch_;
 };
 
 TEST_P(SystemFaults, OfASaveLeaveTheOldOrTheNewContents) {
@@ -85,25 +83,29 @@ TEST_P(SystemFaults, OfASaveLeaveTheOldOrTheNewContents) {
     for (SystemFault const fault : {SystemFault::diskFull, SystemFault::inputOutput, SystemFault::denied,
                                     SystemFault::interrupted, SystemFault::shortTransfer})
         for (FaultLasts const lasts : {FaultLasts::once, FaultLasts::fromThenOn})
-            for (bool const withOld : {true, false})
+            for (int const setting : {0, 1, 2, 3})
                 for (int n = 0;; ++n) {
-                    SCOPED_TRACE(testing::Message() << int(fault) << ' ' << int(lasts) << ' ' << withOld << ' ' << n);
+                    SCOPED_TRACE(testing::Message() << int(fault) << ' ' << int(lasts) << ' ' << setting << ' ' << n);
+                    bool const withOld = setting < 2;
+                    std::string const only = setting % 2 != 0 ? path("d/plan.dat") : "";
                     reset(withOld);
                     bool isSaved = false;
                     bool struck = false;
                     {
-                        FailingSystem const failing(fault, lasts, n);
+                        FailingSystem const failing(fault, lasts, n, only);
                         isSaved = save();
                         struck = FailingSystem::struck();
                     }
                     std::string const main = bytesOf(path("d/plan.dat"));
                     ASSERT_EQ(qvTest::numOpenDescriptors(), descriptors);
                     std::multiset<std::string> const all = contents();
-                    ASSERT_TRUE(!isSaved || main == newContents);
+                    ASSERT_TRUE(isSaved ? main == newContents : main != newContents || lasts == FaultLasts::fromThenOn);
                     ASSERT_TRUE(!withOld || all.count(oldContents) + all.count(newContents) > 0);
                     // A new file is there as a whole or not at all, and a single failure leaves the file itself.
                     bool const mayBeAway = !withOld || lasts == FaultLasts::fromThenOn;
-                    ASSERT_TRUE(main == oldContents || main == newContents || (main.empty() && mayBeAway));
+                    bool const mayBePartial = GetParam() == Strategy::copies && !only.empty() && mayBeAway;
+                    ASSERT_TRUE(main == oldContents || main == newContents || (main.empty() && mayBeAway) ||
+                                mayBePartial);
                     // What is interrupted or short goes well.
                     ASSERT_TRUE(isSaved || (fault != SystemFault::interrupted && fault != SystemFault::shortTransfer));
                     if (!struck) {
@@ -143,6 +145,57 @@ TEST_P(SystemFaults, ThatEndTheProcessLeaveWholeContents) {
             }
             ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
         }
+}
+
+// A copy that is cut off anywhere shows nobody what its source does not show.
+TEST(SystemFaultsOfACopy, KeepPrivateContentsPrivate) {
+    qvTest::ScratchDirectory const scratch;
+    std::string const from = scratch.path("from");
+    std::string const to = scratch.path("to");
+    writeBytes(from, newContents);
+    fs::permissions(from, fs::perms(0600));
+    for (bool const isThere : {false, true})
+        for (int n = 0, left = 1; left != 0; ++n) {
+            fs::remove(to);
+            if (isThere)
+                writeBytes(to, oldContents); // for everybody
+            pid_t const child = ::fork();
+            if (child == 0) {
+                FailingSystem const failing(SystemFault::killed, FaultLasts::once, n);
+                ::_exit(fileCopy(from.c_str(), to.c_str(), true).num());
+            }
+            ASSERT_EQ(::waitpid(child, &left, 0), child);
+            std::string const made = bytesOf(to);
+            bool const isPrivate = (fs::status(to).permissions() & fs::perms(0077)) == fs::perms::none;
+            ASSERT_TRUE(isPrivate || made.empty() || made == oldContents) << n;
+            ASSERT_TRUE(left != 0 || (isPrivate && made == newContents));
+        }
+}
+
+// What a real system gives too seldom.
+TEST(SystemFaultsOfARenaming, HaveTextsOfTheirOwn) {
+    qvTest::ScratchDirectory const scratch;
+    std::string const from = scratch.path("from");
+    std::string const to = scratch.path("to");
+    struct {
+        SystemFault fault;
+        FaultLasts lasts;
+        char const * text;
+    } const rows[] = {
+        {SystemFault::denied, FaultLasts::once, "A component of either path prefix deniessearch permission"},
+        {SystemFault::invalid, FaultLasts::fromThenOn,
+         "source is a parent directory of target, or an attempt is made to rename the .  or ..  directory."},
+        {SystemFault::invalid, FaultLasts::once, ""}, // a file system that cannot refuse by itself
+    };
+    writeBytes(from, "from");
+    for (auto const & row : rows) {
+        FailingSystem const failing(row.fault, row.lasts, 0);
+        EXPECT_THAT(fileRename(from.c_str(), to.c_str()), FailsWith(*row.text == '\0' ? 0 : 6, row.text));
+    }
+    EXPECT_EQ(bytesOf(to), "from");
+    writeBytes(from, "new");
+    FailingSystem const failing(SystemFault::invalid, FaultLasts::once, 0);
+    EXPECT_THAT(fileRename(from.c_str(), to.c_str()), FailsWith(6, "Unkown system error."));
 }
 
 INSTANTIATE_TEST_SUITE_P(Both, SystemFaults, testing::Values(Strategy::beside, Strategy::copies),

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <dirent.h>
 #include <fcntl.h>
+#include <string>
 #include <sys/stat.h>
 #include <sys/uio.h>
 #include <unistd.h>
@@ -22,10 +23,22 @@ struct Plan {
     FaultLasts lasts = FaultLasts::once;
     int left = 0;
     bool struck = false;
+    std::string only;
 } plan;
 
-bool isDue() {
-    if (!plan.isArmed)
+// Whether a call counts, by what it works on.
+enum Query { query };
+bool counts(Query) { return plan.only.empty(); }
+bool counts(char const * path) { return plan.only.empty() || plan.only == path; }
+bool counts(int fd) {
+    char path[4096];
+    auto const size = plan.only.empty() ? 0 : ::readlink(("/proc/self/fd/" + std::to_string(fd)).c_str(), path, 4096);
+    return plan.only.empty() || plan.only == std::string(path, static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+}
+
+template <typename Subject>
+bool isDue(Subject subject) {
+    if (!plan.isArmed || !counts(subject))
         return false;
     bool const due = plan.left == 0 || (plan.left < 0 && plan.lasts == FaultLasts::fromThenOn);
     --plan.left;
@@ -36,8 +49,9 @@ bool isDue() {
 }
 
 // Sets errno and says so when the call is to fail.
-bool fails() {
-    if (!isDue())
+template <typename Subject>
+bool fails(Subject subject) {
+    if (!isDue(subject))
         return false;
     switch (plan.fault) {
     case SystemFault::diskFull:
@@ -48,6 +62,9 @@ bool fails() {
         return true;
     case SystemFault::denied:
         errno = EACCES;
+        return true;
+    case SystemFault::invalid:
+        errno = EINVAL;
         return true;
     case SystemFault::interrupted:
         // Once in a row only: a call that is interrupted for ever is repeated for ever.
@@ -60,12 +77,11 @@ bool fails() {
     }
 }
 
-template <typename Transfer>
-ssize_t transfer(iovec const * vectors, int count, Transfer real) {
-    bool const wasArmed = plan.isArmed;
-    bool const isShort = wasArmed && plan.fault == SystemFault::shortTransfer && isDue();
+template <typename Subject, typename Transfer>
+ssize_t transfer(Subject subject, iovec const * vectors, int count, Transfer real) {
+    bool const isShort = plan.fault == SystemFault::shortTransfer && isDue(subject);
     if (!isShort)
-        return fails() ? -1 : real(vectors, count);
+        return fails(subject) ? -1 : real(vectors, count);
     iovec first = vectors[0];
     first.iov_len = std::max<std::size_t>(first.iov_len / 2, std::min<std::size_t>(first.iov_len, 1));
     return real(&first, 1);
@@ -74,39 +90,39 @@ ssize_t transfer(iovec const * vectors, int count, Transfer real) {
 } // namespace
 
 // The linker's --wrap turns the calls of the linked objects to these names.
-#define WRAP(result, name, parameters, arguments)                                                                      \
+#define WRAP(result, name, subject, parameters, arguments)                                                             \
     result __real_##name parameters;                                                                                   \
     result __wrap_##name parameters;                                                                                   \
-    result __wrap_##name parameters { return fails() ? -1 : __real_##name arguments; }
+    result __wrap_##name parameters { return fails(subject) ? -1 : __real_##name arguments; }
 
 extern "C" {
-WRAP(off_t, lseek, (int fd, off_t offset, int whence), (fd, offset, whence))
-WRAP(int, ftruncate, (int fd, off_t size), (fd, size))
-WRAP(int, fstat, (int fd, struct stat * status), (fd, status))
-WRAP(int, stat, (char const * path, struct stat * status), (path, status))
-WRAP(int, statx, (int fd, char const * path, int flags, unsigned mask, struct statx * status),
+WRAP(off_t, lseek, query, (int fd, off_t offset, int whence), (fd, offset, whence))
+WRAP(int, ftruncate, fd, (int fd, off_t size), (fd, size))
+WRAP(int, fstat, query, (int fd, struct stat * status), (fd, status))
+WRAP(int, stat, query, (char const * path, struct stat * status), (path, status))
+WRAP(int, statx, query, (int fd, char const * path, int flags, unsigned mask, struct statx * status),
      (fd, path, flags, mask, status))
-WRAP(int, faccessat, (int fd, char const * path, int mode, int flags), (fd, path, mode, flags))
-WRAP(int, mkdir, (char const * path, mode_t mode), (path, mode))
-WRAP(int, rmdir, (char const * path), (path))
-WRAP(int, unlink, (char const * path), (path))
-WRAP(int, rename, (char const * from, char const * to), (from, to))
-WRAP(int, renameat2, (int fromFd, char const * from, int toFd, char const * to, unsigned flags),
+WRAP(int, faccessat, query, (int fd, char const * path, int mode, int flags), (fd, path, mode, flags))
+WRAP(int, mkdir, path, (char const * path, mode_t mode), (path, mode))
+WRAP(int, rmdir, path, (char const * path), (path))
+WRAP(int, unlink, path, (char const * path), (path))
+WRAP(int, rename, to, (char const * from, char const * to), (from, to))
+WRAP(int, renameat2, to, (int fromFd, char const * from, int toFd, char const * to, unsigned flags),
      (fromFd, from, toFd, to, flags))
-WRAP(int, chmod, (char const * path, mode_t mode), (path, mode))
-WRAP(int, utimensat, (int fd, char const * path, timespec const * times, int flags), (fd, path, times, flags))
-WRAP(ssize_t, getrandom, (void * bytes, std::size_t size, unsigned flags), (bytes, size, flags))
+WRAP(int, fchmod, fd, (int fd, mode_t mode), (fd, mode))
+WRAP(int, futimens, fd, (int fd, timespec const times[2]), (fd, times))
+WRAP(ssize_t, getrandom, query, (void * bytes, std::size_t size, unsigned flags), (bytes, size, flags))
 
 // Nobody needs what a test leaves on stable storage.
 int __wrap_fsync(int fd);
-int __wrap_fsync(int) { return fails() ? -1 : 0; }
+int __wrap_fsync(int fd) { return fails(fd) ? -1 : 0; }
 
 ssize_t __real_copy_file_range(int from, off64_t * fromAt, int to, off64_t * toAt, std::size_t size, unsigned flags);
 ssize_t __wrap_copy_file_range(int from, off64_t * fromAt, int to, off64_t * toAt, std::size_t size, unsigned flags);
 ssize_t __wrap_copy_file_range(int from, off64_t * fromAt, int to, off64_t * toAt, std::size_t size, unsigned flags) {
-    if (plan.isArmed && plan.fault == SystemFault::shortTransfer && isDue())
+    if (plan.isArmed && plan.fault == SystemFault::shortTransfer && isDue(to))
         size = std::min<std::size_t>(size, 7);
-    else if (fails())
+    else if (fails(to))
         return -1;
     return __real_copy_file_range(from, fromAt, to, toAt, size, flags);
 }
@@ -114,13 +130,13 @@ ssize_t __wrap_copy_file_range(int from, off64_t * fromAt, int to, off64_t * toA
 ssize_t __real_readv(int fd, iovec const * vectors, int count);
 ssize_t __wrap_readv(int fd, iovec const * vectors, int count);
 ssize_t __wrap_readv(int fd, iovec const * vectors, int count) {
-    return transfer(vectors, count, [fd](iovec const * v, int n) { return __real_readv(fd, v, n); });
+    return transfer(query, vectors, count, [fd](iovec const * v, int n) { return __real_readv(fd, v, n); });
 }
 
 ssize_t __real_writev(int fd, iovec const * vectors, int count);
 ssize_t __wrap_writev(int fd, iovec const * vectors, int count);
 ssize_t __wrap_writev(int fd, iovec const * vectors, int count) {
-    return transfer(vectors, count, [fd](iovec const * v, int n) { return __real_writev(fd, v, n); });
+    return transfer(fd, vectors, count, [fd](iovec const * v, int n) { return __real_writev(fd, v, n); });
 }
 
 int __real_open(char const * path, int flags, ...);
@@ -130,14 +146,15 @@ int __wrap_open(char const * path, int flags, ...) {
     va_start(args, flags);
     mode_t const mode = (flags & O_CREAT) != 0 ? va_arg(args, mode_t) : 0;
     va_end(args);
-    return fails() ? -1 : __real_open(path, flags, mode);
+    bool const isLost = (flags & O_ACCMODE) == O_RDONLY ? fails(query) : fails(path);
+    return isLost ? -1 : __real_open(path, flags, mode);
 }
 
 // Closes in any case.
 int __real_close(int fd);
 int __wrap_close(int fd);
 int __wrap_close(int fd) {
-    bool const isLost = fails();
+    bool const isLost = fails(fd);
     int const number = errno;
     int const result = __real_close(fd);
     errno = number;
@@ -147,7 +164,9 @@ int __wrap_close(int fd) {
 
 namespace qvTest {
 
-FailingSystem::FailingSystem(SystemFault fault, FaultLasts lasts, int n) { plan = {true, fault, lasts, n, false}; }
+FailingSystem::FailingSystem(SystemFault fault, FaultLasts lasts, int n, std::string const & only) {
+    plan = {true, fault, lasts, n, false, only};
+}
 
 FailingSystem::~FailingSystem() { plan.isArmed = false; }
 

@@ -4,12 +4,15 @@
 #ifndef qvTestFailingSystem_h
 #define qvTestFailingSystem_h
 
+#include <string>
+
 namespace qvTest {
 
 enum class SystemFault {
     diskFull,
     inputOutput,
     denied,
+    invalid,
     interrupted,   // the call is to be repeated
     shortTransfer, // half of the bytes, at least one; other calls go well
     killed         // the process ends in front of the call
@@ -17,10 +20,11 @@ enum class SystemFault {
 
 enum class FaultLasts { once, fromThenOn };
 
-// From its construction to its end; the calls count from 0.
+// From its construction to its end; the calls count from 0. With a path in `only`, those alone count that change that
+// file or give the name to another.
 class FailingSystem {
 public:
-    FailingSystem(SystemFault fault, FaultLasts lasts, int n);
+    FailingSystem(SystemFault fault, FaultLasts lasts, int n, std::string const & only = "");
     FailingSystem(FailingSystem const &) = delete;
     FailingSystem & operator=(FailingSystem const &) = delete;
     ~FailingSystem();

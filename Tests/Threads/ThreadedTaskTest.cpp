@@ -48,66 +48,56 @@ private:
     Children behind_;
 };
 
-class ThreadedTasks : public testing::Test {
-protected:
-    ThreadedTasks() { calls.clear(); }
-    ~ThreadedTasks() override { queue.release(); }
+std::string callsOf(Task * task) {
+    calls.clear();
+    ThreadedTaskQueue::get().submit(task);
+    return calls;
+}
 
+TEST(ThreadedTaskQueue, RunsChildrenBeforeAndBehind) {
     ThreadedTaskQueue & queue = ThreadedTaskQueue::get();
-};
-
-TEST_F(ThreadedTasks, ChildrenRunBeforeAndBehind) {
     EXPECT_EQ(&queue, &ThreadedTaskQueue::getSingleThreaded());
     EXPECT_EQ(queue.getNumThreads(), 1);
     queue.acquire();
     Task * const quiet = new Task("q", {new Task("b")});
     quiet->setNoExecute();
-    queue.submit(new Task("a", {quiet}, {new Task("c"), new Task("d")}));
-    queue.submit(nullptr);
-    queue.wait();
-    EXPECT_EQ(calls, "a<0 q<0 b<0 b(0) b>0 ~b q<1 q>0 ~q a<1 a(0) "
-                     "a>0 c<0 c(0) c>0 ~c a>1 d<0 d(0) d>0 ~d a>2 ~a ");
-}
-
-TEST_F(ThreadedTasks, ACancelEndsWhatHasNotBegun) {
-    Progress progress;
-    EXPECT_FALSE(queue.cancelled());
-    queue.setCancelObject(&progress);
-    EXPECT_FALSE(queue.cancelled());
-    Task * const cancels = new Task("c");
-    cancels->progress = &progress;
-    Task * const refused = new Task("r");
-    Task * const unasked = new Task("u");
-    Task * const last = new Task("l");
-    queue.submit(new Task("a", {cancels, refused, unasked}, {last}));
-    EXPECT_EQ(calls, "a<0 c<0 c(0) c>0 ~c a<1 ~r a>0 ~l ~a ");
-    delete unasked;
+    EXPECT_EQ(callsOf(new Task("a", {quiet}, {new Task("c"), new Task("d")})),
+              "a<0 q<0 b<0 b(0) b>0 ~b q<1 q>0 ~q a<1 a(0) "
+              "a>0 c<0 c(0) c>0 ~c a>1 d<0 d(0) d>0 ~d a>2 ~a ");
+    EXPECT_EQ(callsOf(nullptr), "");
     calls.clear();
-    queue.submit(new Task("x"));
-    EXPECT_EQ(calls, "~x ");
+    EXPECT_THROW(queue.submit(new Task("a", {new Task("throws")})), std::runtime_error);
+    EXPECT_EQ(calls, "a<0 throws<0 throws(0) ~a ~throws ");
+    queue.wait();
     queue.release();
-    EXPECT_FALSE(queue.cancelled());
 }
 
-TEST_F(ThreadedTasks, WhatMayNotBeCancelledRunsToTheEnd) {
+TEST(ThreadedTaskQueue, ACancelEndsWhatHasNotBegunAndMayBeEnded) {
+    ThreadedTaskQueue & queue = ThreadedTaskQueue::get();
     Progress progress;
+    EXPECT_FALSE(queue.cancelled());
     queue.setCancelObject(&progress);
     Task * const firm = new Task("f", {}, {new Task("g")});
     firm->setNoCancel();
     firm->progress = &progress;
     EXPECT_FALSE(firm->isCancellable());
-    queue.submit(firm);
-    EXPECT_EQ(calls, "f<0 f(0) f>0 g<0 g(0) g>0 ~g f>1 ~f ");
+    EXPECT_EQ(callsOf(firm), "f<0 f(0) f>0 g<0 g(0) g>0 ~g f>1 ~f ");
     EXPECT_FALSE(queue.cancelled());
     queue.release();
+    EXPECT_FALSE(queue.cancelled());
     queue.setCancelObject(&progress);
     EXPECT_TRUE(queue.cancelled());
-}
+    EXPECT_EQ(callsOf(new Task("x")), "~x ");
 
-TEST_F(ThreadedTasks, ATaskThatThrowsLeavesNothingBehind) {
-    EXPECT_THROW(queue.submit(new Task("a", {new Task("throws")})), std::runtime_error);
-    EXPECT_EQ(calls, "a<0 throws<0 throws(0) ~a ~throws ");
-    EXPECT_FALSE(queue.cancelled());
+    Progress other;
+    queue.setCancelObject(&other);
+    Task * const cancels = new Task("c");
+    cancels->progress = &other;
+    Task * const unasked = new Task("u");
+    EXPECT_EQ(callsOf(new Task("a", {cancels, new Task("r"), unasked}, {new Task("l")})),
+              "a<0 c<0 c(0) c>0 ~c a<1 ~r a>0 ~l ~a ");
+    delete unasked;
+    queue.release();
 }
 
 // Each is the child of the one before.
@@ -125,8 +115,8 @@ private:
     int rest_;
 };
 
-TEST_F(ThreadedTasks, AChainMayBeLongerThanAStack) {
-    queue.submit(new Link(1000000));
+TEST(ThreadedTaskQueue, AChainMayBeLongerThanAStack) {
+    ThreadedTaskQueue::get().submit(new Link(1000000));
     EXPECT_EQ(Link::alive, 0);
     EXPECT_EQ(Link::sum, 500000500000);
 }

@@ -23,8 +23,9 @@ TEST_F(QvCatalog, EachFileEndsAtItsFirstFault) {
     put("format", "\na.b\n= \"\"\n");
     put("key, file", "a.b = \"x\" \\\n\n a = : \n");
     put("\xC3\xA9\x1B", "// \xFF\xC2\x9B\n");
-    put("\xFE", "x");
-    Outcome const outcome = run("check sound format 'key, file' $(printf '\\303\\251\\033') $(printf '\\376') sound");
+    put("\xFE: \ny", "x"); // what a message says about a file goes on behind the name
+    Outcome const outcome =
+        run("check sound format 'key, file' $(printf '\\303\\251\\033') \"$(printf '\\376: \\ny')\" sound");
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.err, "");
     EXPECT_EQ(outcome.out,
@@ -32,7 +33,7 @@ TEST_F(QvCatalog, EachFileEndsAtItsFirstFault) {
               "key, file:3: Expected quotes surrounding value string. Illegal character(s) encountered at start or end "
               "of string: a.b = \"x\" a = :\n"
               "\xC3\xA9\\x1B:1: Error interpreting input as UTF-8: // \xEF\xBF\xBD\\x9B\n"
-              "\\xFE:1: Expected idToken = \"quoted value string\" format: x\n");
+              "\\xFE: \\x0Ay:1: Expected idToken = \"quoted value string\" format: x\n");
     Outcome const sound = run("check -- sound sound");
     EXPECT_EQ(sound.status, 0);
     EXPECT_EQ(sound.out + sound.err, "");

@@ -69,6 +69,16 @@ TEST_F(QvPackage, TreesComeBackAsTheyWere) {
     EXPECT_EQ(listed.out.find("single\nsrc/d0/deeper/f0\n"), 0U) << listed.out;
     EXPECT_NE(listed.out.find("\nsrc/line\\x0Abreak\n"), std::string::npos);
     EXPECT_NE(listed.out.find("\nsrc/\xC3\xA9\xF0\x9F\x98\x80\n"), std::string::npos);
+    // A mark of the byte order is part of a name; a package behind a link is changed where it lies.
+    put("\xEF\xBB\xBF"
+        "twin",
+        "1");
+    put("twin", "2");
+    fs::create_directories(path("place/below"));
+    fs::create_directory_symlink(path("place/below"), path("way"));
+    expectFine("add way/../q \xEF\xBB\xBFtwin twin");
+    expectFine("check place/q");
+    EXPECT_EQ(run("list place/q").out, "twin\n\xEF\xBB\xBFtwin\n");
     // Names are relative to where an argument lies.
     fs::remove(path("p"));
     expectFine("add p src/d1/deeper/../deeper/f1 ./src/d2/ .//single");
@@ -123,6 +133,7 @@ TEST_F(QvPackage, ReplacesDeletesAndCompacts) {
     std::size_t const at = info.find("to save ");
     ASSERT_NE(at, std::string::npos) << info;
     long const toSave = std::stol(info.substr(at + 8));
+    EXPECT_EQ(run("compact p no/such/place").status, 2);
     expectFine("compact p q");
     expectFine("compact p");
     EXPECT_EQ(static_cast<long>(before) - toSave, static_cast<long>(sizeOf("q")));
@@ -154,6 +165,12 @@ TEST_F(QvPackage, RefusesWhatWouldDoHarm) {
     damaged[200] = static_cast<char>(damaged[200] ^ 1);
     put("damaged", damaged);
     EXPECT_EQ(run("check damaged").err, "qvpackage: Error reading package file entry: x\n");
+    // A name that ends early moves the fields behind it.
+    std::string moved = bytes;
+    moved[moved.rfind("d/x") + 1] = '\0';
+    put("moved", moved);
+    EXPECT_EQ(run("check moved").err,
+              "qvpackage: Error reading directory: moved\nqvpackage: moved: there is a gap or an overlap\n");
     put("cut", bytes.substr(0, bytes.size() - 20));
     Outcome const cut = run("check cut");
     EXPECT_TRUE(cut.status == 1 && cut.err == "qvpackage: Error reading directory: cut\n") << cut.err;
@@ -180,6 +197,9 @@ TEST_F(QvPackage, AnswersToItsArguments) {
         {"list missing", "missing: there is no such package"},
         {"delete missing x", "missing: there is no such package"},
         {"check missing", "missing: there is no such package"},
+        {"extract missing", "missing: there is no such package"},
+        {"compact missing new", "missing: there is no such package"},
+        {"add a\\\\b x", "a\\b: a package of this name cannot be changed"},
         {"list x", "The file is not a package file: x"},
         {"list > /dev/full p", ""},
     };
@@ -188,6 +208,9 @@ TEST_F(QvPackage, AnswersToItsArguments) {
         EXPECT_EQ(outcome.status, 2) << row.arguments;
         EXPECT_NE(outcome.err.find(row.reason), std::string::npos) << row.arguments << outcome.err;
     }
+    EXPECT_FALSE(fs::exists(path("missing")) || fs::exists(path("new")));
+    EXPECT_TRUE(run("add new missing").status == 1 && !fs::exists(path("new")));
+    expectFine("add --help");
     // Behind -- everything is a name.
     put("--x", "x");
     expectFine("add -- p --x");

@@ -16,125 +16,104 @@ using qvUtil::BitField;
 using qvUtil::BitFieldAuto;
 using Bits = std::vector<bool>;
 
-int numSet(Bits const & bits) { return int(std::count(bits.begin(), bits.end(), true)); }
-
-// Bit by bit, with every bit beyond the shorter one clear. '|', '&', '^'.
-bool combined(bool a, bool b, char operation) { return operation == '|' ? a || b : operation == '&' ? a && b : a != b; }
-bool at(Bits const & bits, std::size_t i) { return i < bits.size() && bits[i]; }
-
+// A field with its model, to both of which everything is done.
 template <class Field>
-void apply(Field & field, Field const & other, char operation, bool inPlace) {
-    if (inPlace)
-        operation == '|' ? field |= other : operation == '&' ? field &= other : field ^= other;
-    else
-        field = operation == '|' ? field | other : operation == '&' ? field & other : field ^ other;
-}
-
-void expectSame(BitField const & field, Bits const & model) {
-    ASSERT_EQ(field.maxAvailableBits(), int(model.size()));
-    ASSERT_EQ(field.numBitsSet(), numSet(model));
-    ASSERT_EQ(field.anySet(), numSet(model) != 0);
-    ASSERT_EQ(field.allSet(), numSet(model) == int(model.size()));
-    for (int i = -2; i < int(model.size()) + 70; ++i)
-        ASSERT_EQ(field[i], i >= 0 && at(model, std::size_t(i))) << i;
-    BitField oneByOne(int(model.size()));
-    for (std::size_t i = 0; i < model.size(); ++i)
-        oneByOne[int(i)] = model[i];
-    ASSERT_EQ(field, oneByOne);
-}
-
-// A slot is a field with its model. Every operation is done to both.
 struct Slot {
-    BitField field;
+    Field field;
     Bits model;
+    int words = 1; // of a field that grows
 };
 
-void changeOne(SeededRandom & random, Slot & slot, Slot const & other) {
-    int const size = int(slot.model.size());
-    switch (random.below(9)) {
-    case 0: {
-        int const newSize = random.below(200) - 10;
-        slot.field.resizeAndReset(newSize);
-        if (newSize >= 0)
-            slot.model.assign(std::size_t(newSize), false);
-        break;
+int numSet(Bits const & bits) { return int(std::count(bits.begin(), bits.end(), true)); }
+
+// In both forms; the model keeps its size, and bits that the other one has not are clear.
+template <class Field>
+void combine(SeededRandom & random, Slot<Field> & slot, Slot<Field> const & other) {
+    static constexpr void (*forms[])(Field &, Field const &) = {
+        [](Field & a, Field const & b) { a |= b; }, [](Field & a, Field const & b) { a = a | b; },
+        [](Field & a, Field const & b) { a ^= b; }, [](Field & a, Field const & b) { a = a ^ b; },
+        [](Field & a, Field const & b) { a &= b; }, [](Field & a, Field const & b) { a = a & b; }};
+    int const operation = random.below(6);
+    forms[operation](slot.field, other.field);
+    for (std::size_t i = 0; i < slot.model.size(); ++i) {
+        bool const a = slot.model[i];
+        bool const b = i < other.model.size() && other.model[i];
+        slot.model[i] = operation < 2 ? a || b : operation < 4 ? a != b : a && b;
     }
-    case 1:
-        slot.field.setAll();
-        slot.model.assign(slot.model.size(), true);
-        break;
-    case 2:
-        slot.field = ~slot.field;
-        slot.model.flip();
-        break;
-    case 3:
-        slot = Slot(other);
-        break;
-    case 4: {
-        char const operation = "|&^"[random.below(3)];
-        apply(slot.field, other.field, operation, random.oneIn(2));
-        for (std::size_t i = 0; i < slot.model.size(); ++i)
-            slot.model[i] = combined(slot.model[i], at(other.model, i), operation);
-        break;
-    }
-    default:
-        for (int n = random.below(40); n > 0; --n) {
-            int const i = random.below(size + 80) - 5;
-            bool const value = random.oneIn(2);
-            slot.field.setBit(i, value);
-            if (i >= 0 && i < size)
-                slot.model[std::size_t(i)] = value;
-        }
-    }
+    slot.words = operation < 4 ? std::max(slot.words, other.words) : slot.words;
+}
+
+template <class Field>
+void setBit(SeededRandom & random, Slot<Field> & slot, int i) {
+    bool const value = !random.oneIn(3);
+    random.oneIn(2) ? static_cast<void>(slot.field[i] = value) : static_cast<void>(slot.field.setBit(i, value));
+    if (i >= 0 && i < int(slot.model.size()))
+        slot.model[std::size_t(i)] = value;
+    if (i >= 0 && value)
+        slot.words = std::max(slot.words, i / 32 + 1);
+}
+
+template <class Field>
+void expectBits(Slot<Field> const & slot) {
+    ASSERT_EQ(slot.field.anySet(), numSet(slot.model) != 0);
+    for (int i = -2; i < int(slot.model.size()) + 70; ++i)
+        ASSERT_EQ(slot.field[i], i >= 0 && i < int(slot.model.size()) && slot.model[std::size_t(i)]) << i;
 }
 
 TEST(BitField, IsLikeAVectorOfBool) {
     SeededRandom random;
     for (int round = 0; round < 300; ++round) {
-        Slot slots[3];
+        Slot<BitField> slots[3];
         for (int step = 0; step < 40; ++step) {
-            Slot & slot = slots[random.below(3)];
-            changeOne(random, slot, slots[random.below(3)]);
-            ASSERT_NO_FATAL_FAILURE(expectSame(slot.field, slot.model));
-            for (Slot const & other : slots)
+            Slot<BitField> & slot = slots[random.below(3)];
+            int const size = random.below(200) - 10;
+            switch (random.below(9)) {
+            case 0:
+                slot.field.resizeAndReset(size);
+                slot.model = size < 0 ? slot.model : Bits(std::size_t(size));
+                break;
+            case 1:
+                slot.field.setAll();
+                slot.model.assign(slot.model.size(), true);
+                break;
+            case 2:
+                slot.field = ~slot.field;
+                slot.model.flip();
+                break;
+            case 3:
+                slot = Slot<BitField>(slots[random.below(3)]);
+                break;
+            case 4:
+                combine(random, slot, slots[random.below(3)]);
+                break;
+            default:
+                for (int n = random.below(40); n > 0; --n)
+                    setBit(random, slot, random.below(int(slot.model.size()) + 80) - 5);
+            }
+            ASSERT_NO_FATAL_FAILURE(expectBits(slot));
+            ASSERT_EQ(slot.field.maxAvailableBits(), int(slot.model.size()));
+            ASSERT_EQ(slot.field.numBitsSet(), numSet(slot.model));
+            ASSERT_EQ(slot.field.allSet(), numSet(slot.model) == int(slot.model.size()));
+            for (auto const & other : slots)
                 ASSERT_EQ(slot.field == other.field, slot.model == other.model);
         }
     }
-}
-
-TEST(BitField, WhatWasMovedFromIsEmptyAndCanBeUsed) {
     BitField from(100);
     from.setAll();
     BitField const to(std::move(from));
     EXPECT_EQ(to.numBitsSet(), 100);
-    EXPECT_EQ(from, BitField()); // NOLINT: that is what is tested
-    EXPECT_FALSE(from.testBit(5));
+    EXPECT_EQ(from, BitField()); // NOLINT: what was moved from is empty and can be used
     from = to;
-    from[7] = from[6] = false;
-    EXPECT_EQ(from.numBitsSet(), 98);
-}
-
-void expectSame(BitFieldAuto const & field, Bits const & model, int words) {
-    ASSERT_EQ(field.maxAvailableBits(), 32 * words);
-    ASSERT_EQ(field.anySet(), numSet(model) != 0);
-    for (int i = -2; i < int(model.size()); ++i)
-        ASSERT_EQ(field[i], i >= 0 && model[std::size_t(i)]) << i;
+    EXPECT_EQ(from.setBit(7, false).numBitsSet(), 99);
 }
 
 TEST(BitFieldAuto, IsLikeAVectorOfBoolWithoutEnd) {
-    constexpr int range = 400;
-    struct AutoSlot {
-        BitFieldAuto field;
-        Bits model = Bits(range);
-        int words = 1;
-    };
     SeededRandom random;
     for (int round = 0; round < 300; ++round) {
-        AutoSlot slots[2];
+        Slot<BitFieldAuto> slots[2] = {{{}, Bits(400)}, {{}, Bits(400)}};
         for (int step = 0; step < 40; ++step) {
-            AutoSlot & slot = slots[random.below(2)];
-            AutoSlot const & other = slots[random.below(2)];
-            int const i = random.below(range >> random.below(4)) - 3;
+            auto & slot = slots[random.below(2)];
+            int const i = random.below(400 >> random.below(4)) - 3;
             switch (random.below(8)) {
             case 0:
                 slot.field.reserveSize(i);
@@ -142,39 +121,25 @@ TEST(BitFieldAuto, IsLikeAVectorOfBoolWithoutEnd) {
                 break;
             case 1:
                 slot.field.resetAll();
-                slot.model.assign(range, false);
+                slot.model.assign(400, false);
                 break;
-            case 2: {
-                char const operation = "|&^"[random.below(3)];
-                apply(slot.field, other.field, operation, random.oneIn(2));
-                for (std::size_t k = 0; k < range; ++k)
-                    slot.model[k] = combined(slot.model[k], other.model[k], operation);
-                slot.words = operation == '&' ? slot.words : std::max(slot.words, other.words);
+            case 2:
+                combine(random, slot, slots[random.below(2)]);
                 break;
+            default:
+                setBit(random, slot, i);
             }
-            default: {
-                bool const value = !random.oneIn(3);
-                slot.field[i] = value;
-                if (i >= 0)
-                    slot.model[std::size_t(i)] = value;
-                if (i >= 0 && value)
-                    slot.words = std::max(slot.words, i / 32 + 1);
-            }
-            }
-            ASSERT_NO_FATAL_FAILURE(expectSame(slot.field, slot.model, slot.words));
+            ASSERT_NO_FATAL_FAILURE(expectBits(slot));
+            ASSERT_EQ(slot.field.maxAvailableBits(), 32 * slot.words);
             ASSERT_EQ(slots[0].field == slots[1].field, slots[0].model == slots[1].model);
-            Bits missing(range);
-            for (std::size_t k = 0; k < range; ++k)
-                missing[k] = slots[1].model[k] && !slots[0].model[k];
+            Bits both = slots[0].model;
+            for (std::size_t k = 0; k < both.size(); ++k)
+                both[k] = both[k] && slots[1].model[k];
             ASSERT_EQ(slots[0].field.testBits(slots[1].field),
-                      slots[0].words >= slots[1].words && numSet(missing) == 0);
+                      slots[0].words >= slots[1].words && both == slots[1].model);
         }
     }
-}
-
-TEST(BitFieldAuto, HoldsTheHighestIndex) {
     BitFieldAuto field(-1);
-    EXPECT_EQ(field.maxAvailableBits(), 0);
     field.setBit(INT_MIN, true).setBit(INT_MAX, false);
     EXPECT_EQ(field.maxAvailableBits(), 0);
     field.setBit(INT_MAX, true);

@@ -24,16 +24,15 @@ TEST(LoadTime, PointerSignalsAreFourMeetingPoints) {
     using namespace qvUtil;
     PointerSignal * const signals[] = {&getPointerInitSignal(), &getPointerAcquireSignal(), &getPointerReleaseSignal(),
                                        &getPointerDeleteSignal()};
-    int mask = 0;
+    int sum = 0;
     qvRTB::SignalClient client;
     for (PointerSignal * signal : signals)
-        signal->addCallback([&mask](char const *, void *, int bit) { mask |= bit; }, client);
+        signal->addCallback([&sum](char const *, void *, int n) { sum += n; }, client);
     for (int i = 0; i < 4; ++i) {
         EXPECT_EQ(signals[i]->numConnections(), 1);
-        signals[i]->emit("event", &mask, 1 << i);
-        EXPECT_EQ(mask, (2 << i) - 1);
+        signals[i]->emit("event", &sum, 1);
     }
-    EXPECT_EQ(&getPointerInitSignal(), signals[0]);
+    EXPECT_EQ(sum, 4);
 }
 
 TEST(LoadTime, TheBuildIsIdentifiedByOneTime) {

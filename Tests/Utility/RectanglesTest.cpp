@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <bit>
 #include <limits>
-#include <utility>
 #include <vector>
 
 using qvUtil::IntRange2d;
@@ -74,15 +73,13 @@ TEST(IntRect, BothEndsAreInside) {
     EXPECT_FALSE(rect.contains(11, 10) || rect.contains(0, -1) || rect.contains(IntRect(3, 3, 7, 8)));
     IntRect overlap;
     EXPECT_TRUE(rect.intersects(IntRect(10, -4, 5, 6), &overlap));
-    EXPECT_EQ(overlap, IntRect(10, 0, 0, 2));
-    overlap = IntRect(1, 2, 3, 4);
     EXPECT_FALSE(rect.intersects(IntRect(11, 0, 5, 5), &overlap));
-    EXPECT_EQ(overlap, IntRect(1, 2, 3, 4));
+    EXPECT_EQ(overlap, IntRect(10, 0, 0, 2));
     rect.setCorners(7, -2, 3, 5);
     expectFields(rect, 3, -2, 4, 7);
     rect.expand(2);
-    expectFields(rect, 1, -4, 8, 11);
     rect.translateBy(-1, 1);
+    expectFields(rect, 0, -3, 8, 11);
     rect.growToContain(-3, 20);
     expectFields(rect, -3, -3, 11, 23);
     rect.translateToOrigin();
@@ -93,26 +90,23 @@ TEST(IntRect, BothEndsAreInside) {
 }
 
 TEST(IntRect, MapsByTheRatioOfTheWidths) {
-    IntRect const from(5, 5, 4, 100);
-    IntRect const to(1, 1, 6, 1);
-    int x = 0;
-    int y = 0;
-    int const expected[][2] = {{0, 0}, {1, 2}, {2, 3}, {3, 5}, {-1, -1}, {-3, -4}, {100, 150}};
-    for (auto const & [value, mapped] : expected) {
-        from.mapTo(to, value, 1, x, y);
-        EXPECT_EQ(x, mapped) << value;
-        EXPECT_EQ(y, 2);
+    struct {
+        int width, height, target, x, y, mappedX, mappedY;
+    } const cases[] = {{4, 100, 6, 0, 1, 0, 2},
+                       {4, 100, 6, 3, -1, 5, -1},
+                       {4, 100, 6, -3, 100, -4, 150},
+                       {1, 1, 1, 16777217, -16777219, 16777218, -16777218}, // in single precision
+                       {0, 0, 6, 3, -3, largest, -largest - 1},
+                       {0, 0, 6, 0, 0, 0, 0}};
+    for (auto const & one : cases) {
+        int x = 0;
+        int y = 0;
+        IntRect(5, 5, one.width, one.height).mapTo(IntRect(1, 1, one.target, 1), one.x, one.y, x, y);
+        EXPECT_EQ(x, one.mappedX) << one.x;
+        EXPECT_EQ(y, one.mappedY) << one.y;
     }
-    IntRect(0, 0, 1, 1).mapTo(IntRect(0, 0, 1, 1), 16777217, -16777219, x, y); // in single precision
-    EXPECT_EQ(x, 16777218);
-    EXPECT_EQ(y, -16777218);
-    IntRect(0, 0, 0, 0).mapTo(to, 3, -3, x, y);
-    EXPECT_EQ(x, largest);
-    EXPECT_EQ(y, -largest - 1);
-    IntRect(0, 0, 0, 0).mapTo(to, 0, 0, x, y);
-    EXPECT_EQ(x, 0);
     IntRect rect(3, 1, -2, 1);
-    from.mapTo(to, rect, rect);
+    IntRect(5, 5, 4, 100).mapTo(IntRect(1, 1, 6, 1), rect, rect);
     expectFields(rect, 2, 2, 3, 1);
 }
 
@@ -182,44 +176,34 @@ TEST(Pack, GivesTheCutsOfThePlainTree) {
     }
 }
 
-void expectSound(Items const & packed, Items const & items, IntRange2d const & bin) {
-    EXPECT_EQ(bin.min(0), 0);
-    EXPECT_EQ(bin.min(1), 0);
-    for (int i = 0; i < packed.size(); ++i) {
-        ASSERT_EQ(packed[i].size(0), items[i].size(0));
-        ASSERT_EQ(packed[i].size(1), items[i].size(1));
-        ASSERT_TRUE(packed[i].min(0) >= 0 && packed[i].min(0) + packed[i].size(0) <= bin.size(0));
-        ASSERT_TRUE(packed[i].min(1) >= 0 && packed[i].min(1) + packed[i].size(1) <= bin.size(1));
-        for (int j = 0; j < i; ++j) {
-            bool isApart = packed[i].area() == 0 || packed[j].area() == 0;
-            for (int axis : {0, 1})
-                isApart =
-                    isApart || packed[i].max(axis) < packed[j].min(axis) || packed[j].max(axis) < packed[i].min(axis);
-            ASSERT_TRUE(isApart) << i << " and " << j;
-        }
-    }
-}
-
 TEST(Pack, FindsABinWithoutOverlap) {
     qvTest::SeededRandom random;
     for (int round = 0; round < 300; ++round) {
-        Items items = randomItems(random, 1 + random.below(80), random.oneIn(3) ? 3 : 200);
+        Items items = randomItems(random, 1 + random.below(80), random.oneIn(3) ? 3 : 40);
         if (random.oneIn(4))
-            items.append(rangeOf(0, 0, 2000, 1)); // longer than the root of all areas
+            items.append(rangeOf(0, 0, 400, 1)); // longer than the root of all areas
         bool const powerOfTwo = random.oneIn(2);
         Items packed = items;
         std::int64_t left = -1;
         IntRange2d const bin = qvUtil::pack(packed, powerOfTwo, &left);
         EXPECT_EQ(left, 0);
-        expectSound(packed, items, bin);
-        if (powerOfTwo) {
-            EXPECT_TRUE(std::has_single_bit(unsigned(bin.size(0))) && std::has_single_bit(unsigned(bin.size(1))));
-            continue;
-        }
+        std::vector<char> cells(std::size_t(bin.area()));
         int reach = 0;
-        for (IntRange2d const & item : packed)
-            reach = std::max({reach, item.min(0) + item.size(0), item.min(1) + item.size(1)});
-        EXPECT_EQ(bin, rangeOf(0, 0, reach, reach));
+        for (int i = 0; i < items.size(); ++i) {
+            IntRange2d const & item = packed[i];
+            ASSERT_EQ(item, rangeOf(item.min(0), item.min(1), items[i].size(0), items[i].size(1))) << "in its place";
+            int const right = item.min(0) + item.size(0);
+            int const bottom = item.min(1) + item.size(1);
+            ASSERT_TRUE(item.min(0) >= 0 && right <= bin.size(0) && item.min(1) >= 0 && bottom <= bin.size(1));
+            reach = std::max({reach, right, bottom});
+            for (int y = item.min(1); y < bottom; ++y)
+                for (int x = item.min(0); x < right; ++x)
+                    ASSERT_EQ(++cells[std::size_t(y * bin.size(0) + x)], 1);
+        }
+        auto const sideOf = [&](int axis) {
+            return powerOfTwo ? int(std::bit_floor(unsigned(bin.size(axis)))) : reach;
+        };
+        EXPECT_EQ(bin, rangeOf(0, 0, sideOf(0), sideOf(1)));
     }
 }
 

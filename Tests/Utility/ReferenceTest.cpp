@@ -25,11 +25,9 @@ static_assert(std::has_virtual_destructor_v<qv::ImplBase>);
 
 TEST(Reference, TheLastHolderDeletes) {
     {
-        qv::Reference<Node> first(new Node);
-        EXPECT_EQ(first->refs(), 1);
+        qv::Reference<Node> first(new Node(5));
         qv::Reference<Node> const second = first;
         qv::Reference<Node const> const third = second;
-        EXPECT_EQ(first->refs(), 3);
         auto & self = first;
         first = self;
         EXPECT_EQ(first->refs(), 3);
@@ -40,21 +38,12 @@ TEST(Reference, TheLastHolderDeletes) {
         Node * const raw = qv::Reference<Node>(moved).release();
         EXPECT_EQ(moved->refs(), 4);
         raw->unref();
-    }
-    EXPECT_EQ(Node::living, 0);
-}
-
-TEST(Reference, CopyingAnObjectCopiesNoCount) {
-    {
-        qv::Reference<Node> const original(new Node(5));
-        qv::Reference<Node> const alias = original;
-        qv::Reference<Node> const copy(new Node(*original));
+        // Copying an object copies no count.
+        qv::Reference<Node> const copy(new Node(*raw));
         EXPECT_EQ(copy->value, 5);
         EXPECT_EQ(copy->refs(), 1);
-        EXPECT_EQ(original->refs(), 2);
-        *copy = *alias;
-        EXPECT_EQ(copy->refs(), 1);
-        EXPECT_EQ(original->refs(), 2);
+        *copy = *raw;
+        EXPECT_TRUE(copy->refs() == 1 && raw->refs() == 3);
     }
     EXPECT_EQ(Node::living, 0);
 }

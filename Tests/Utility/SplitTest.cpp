@@ -7,9 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <set>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace {
@@ -58,33 +56,27 @@ std::string oddText(SeededRandom & random, int maxLength) {
 
 // ---- split
 
-// Takes one piece after the other off the front of a string.
+// The last piece is open; where the text ends is no piece.
 template <class IsDelimiter>
-Strings slowSplit(std::string rest, IsDelimiter isDelimiter, bool skipEmpty, bool keepDelimiters) {
-    Strings pieces;
-    for (;;) {
-        std::size_t found = 0;
-        while (found < rest.size() && !isDelimiter(rest[found]))
-            ++found;
-        if (found == rest.size())
-            break;
-        if (found > 0) {
-            pieces.push_back(rest.substr(0, found));
-            rest = rest.substr(found + (keepDelimiters ? 0 : 1));
-        } else {
-            if (keepDelimiters)
-                pieces.push_back(rest.substr(0, 1));
-            else if (!skipEmpty)
-                pieces.push_back("");
-            rest = rest.substr(1);
+Strings slowSplit(std::string const & text, IsDelimiter isDelimiter, bool skipEmpty, bool keepDelimiters) {
+    Strings pieces(1);
+    for (char const c : text) {
+        if (!isDelimiter(c)) {
+            pieces.back() += c;
+            continue;
         }
+        if (keepDelimiters)
+            pieces.emplace_back(1, c);
+        pieces.emplace_back();
     }
-    if (!rest.empty())
-        pieces.push_back(rest);
+    if (pieces.back().empty())
+        pieces.pop_back();
+    if (skipEmpty || keepDelimiters)
+        std::erase(pieces, "");
     return pieces;
 }
 
-TEST(Split, IsLikeTakingPiecesOffTheFront) {
+TEST(Split, IsLikeGoingFromCharacterToCharacter) {
     bool (*const isSpace)(char) = qvString::isSpace;
     bool (*const isSpaceWide)(wchar_t) = qvString::isSpace;
     auto const isComma = [](char c) { return c == ','; };
@@ -108,94 +100,62 @@ TEST(Split, IsLikeTakingPiecesOffTheFront) {
 
 // ---- words
 
-struct Words {
+// From character to character; the last word is open, and goes when there is a fault.
+Strings slowWords(std::string const & text, bool escapes, int & number, std::string & message) {
     Strings words;
-    int number = 0;
-    std::string message;
-};
-
-// State machines over single characters, one for each form of quoting.
-Words slowWords(std::string const & text) {
-    Words result;
-    enum { between, unquoted, quoted, behindQuote } state = between;
+    bool inWord = false, isQuoted = false, isClosed = false; // closed: a word has to end here
     int opening = 0;
-    std::string word;
-    for (int i = 0; i <= int(text.size()); ++i) {
-        bool const atEnd = i == int(text.size());
-        char const c = atEnd ? ' ' : text[std::size_t(i)];
-        bool const isSpace = qvString::isSpace(c);
-        if (state == quoted && atEnd)
-            return {result.words, opening + 1, "Unmatched double quote"};
-        if (state == behindQuote && !isSpace)
-            return {result.words, i + 1, std::string("Unexpected character after double quote: '") + c + "'"};
-        if (state == unquoted && c == '"')
-            return {result.words, i,
-                    std::string("Unexpected character before a double quote: '") + text[std::size_t(i) - 1] + "'"};
-        if (state == quoted && c == '"') {
-            state = behindQuote;
-        } else if (state != quoted && isSpace) {
-            if (state != between)
-                result.words.push_back(std::exchange(word, ""));
-            state = between;
-        } else if (state == between && c == '"') {
-            opening = i;
-            state = quoted;
-        } else {
-            word += c;
-            state = state == between ? unquoted : state;
-        }
-    }
-    return result;
-}
-
-Words slowEscapedWords(std::string const & text) {
-    Words result;
-    bool inWord = false, isQuoted = false;
-    int opening = 0;
-    std::string word;
+    auto const fault = [&](int at, std::string const & what) {
+        number = at;
+        message = what;
+        words.pop_back();
+        return words;
+    };
     for (int i = 0; i < int(text.size()); ++i) {
-        char const c = text[std::size_t(i)];
-        if (!isQuoted && qvString::isSpace(c)) {
-            if (std::exchange(inWord, false))
-                result.words.push_back(std::exchange(word, ""));
+        char c = text[std::size_t(i)];
+        bool const isBetween = qvString::isSpace(c) && !isQuoted;
+        if (isClosed && !isBetween)
+            return fault(i + 1, std::string("Unexpected character after double quote: '") + c + "'");
+        if (c == '"' && !escapes && inWord && !isQuoted)
+            return fault(i, "Unexpected character before a double quote: '" + text.substr(std::size_t(i) - 1, 1) + "'");
+        if (!isBetween && !inWord)
+            words.emplace_back();
+        inWord = !isBetween;
+        isClosed = false;
+        if (c == '"') {
+            isQuoted = !isQuoted;
+            isClosed = !isQuoted && !escapes;
+            opening = isQuoted ? i : opening;
             continue;
         }
-        inWord = true;
-        if (c == '"') {
-            if ((isQuoted = !isQuoted))
-                opening = i;
-        } else if (c != '\\') {
-            word += c;
-        } else if (++i == int(text.size())) {
-            return {result.words, i, "Single backslash character"};
-        } else if (char const escaped = text[std::size_t(i)]; escaped == '\\' || escaped == '"') {
-            word += escaped;
-        } else {
-            return {result.words, i + 1, std::string("Illegal escape of character '") + escaped + "'"};
+        if (c == '\\' && escapes) {
+            if (++i == int(text.size()))
+                return fault(i, "Single backslash character");
+            c = text[std::size_t(i)];
+            if (c != '\\' && c != '"')
+                return fault(i + 1, std::string("Illegal escape of character '") + c + "'");
         }
+        if (inWord)
+            words.back() += c;
     }
-    if (isQuoted)
-        return {result.words, opening + 1, "Unmatched double quote"};
-    if (inWord)
-        result.words.push_back(word);
-    return result;
+    return isQuoted ? fault(opening + 1, "Unmatched double quote") : words;
 }
 
-TEST(SplitWithQuotes, IsLikeAStateMachine) {
+TEST(SplitWithQuotes, IsLikeGoingFromCharacterToCharacter) {
     SeededRandom random;
     for (int round = 0; round < 20000; ++round) {
         std::string text = oddText(random, 9);
         std::erase(text, '\xE4'); // what a message makes of it depends on the locale
         std::erase(text, '\0');   // ends a message
-        CString const narrow(text);
         for (bool const escapes : {false, true}) {
+            int number = 0;
+            std::string message;
+            Strings const expected = slowWords(text, escapes, number, message);
             qv::vector<CString> words = {"left over"};
-            qvUtil::Error const error =
-                escapes ? splitWithQuotesAndBackslash(narrow, words) : splitWithQuotes(narrow, words);
-            Words const expected = escapes ? slowEscapedWords(text) : slowWords(text);
-            ASSERT_THAT(error, FailsWith(expected.number, expected.message))
-                << testing::PrintToString(narrow) << escapes;
-            ASSERT_EQ(plain(words), expected.words) << testing::PrintToString(narrow) << escapes;
+            ASSERT_THAT((escapes ? splitWithQuotesAndBackslash : splitWithQuotes)(CString(text), words),
+                        FailsWith(number, message))
+                << testing::PrintToString(text) << escapes;
+            ASSERT_EQ(plain(words), expected) << testing::PrintToString(text) << escapes;
         }
     }
 }
@@ -210,37 +170,26 @@ TEST(SplitWithQuotes, TheTextMayBeAWordAndNoTextAtAll) {
 // ---- lines and small functions
 
 TEST(SplitMultiLines, AgreesWithTheNumberOfLines) {
-    SeededRandom random;
-    auto const isLineEnd = [](char c) { return c == '\n' || c == '\r'; };
-    for (int round = 0; round < 2000; ++round) {
-        std::string const text = oddText(random, 10);
-        // A mark at the end makes the last line a piece that is never left out.
-        Strings expected = slowSplit(text + 'x', isLineEnd, false, false);
-        expected.back().pop_back();
-        ASSERT_EQ(plain(qvUtil::splitMultiLines(CString(text))), expected);
-        ASSERT_EQ(qvUtil::numMultiLines(CString(text)), int(expected.size()));
+    struct {
+        char const * text;
+        Strings lines;
+    } const cases[] = {
+        {"", {""}}, {"a", {"a"}}, {"a\n", {"a", ""}}, {"\r\nb", {"", "", "b"}}, {"a\nb c\rd", {"a", "b c", "d"}}};
+    for (auto const & [text, lines] : cases) {
+        EXPECT_EQ(plain(qvUtil::splitMultiLines(text)), lines) << text;
+        EXPECT_EQ(qvUtil::numMultiLines(text), int(lines.size())) << text;
     }
 }
 
 TEST(SmallTextFunctions, HoldForZerosAndBytes) {
-    SeededRandom random;
-    for (int round = 0; round < 500; ++round) {
-        std::string text = oddText(random, 8);
-        std::erase(text, '\xE4');
-        std::string doubled;
-        for (char const c : text)
-            doubled += std::string(c == '\\' ? 2 : 1, c);
-        ASSERT_EQ(plain(qvUtil::rebackslash(wide(text))), doubled);
-
-        qv::vector<CString> texts;
-        std::set<std::string> sorted;
-        for (int n = random.below(20); n > 0; --n) {
-            std::string const one = oddText(random, 2);
-            texts.push_back(CString(one));
-            sorted.insert(one);
-        }
-        ASSERT_EQ(plain(qvUtil::removeDuplicated(texts)), Strings(sorted.begin(), sorted.end()));
-    }
+    using namespace std::string_literals;
+    EXPECT_EQ(plain(qvUtil::rebackslash(wide("\\a\0\\\\b"s))), "\\\\a\0\\\\\\\\b"s);
+    EXPECT_EQ(plain(qvUtil::rebackslash(IString())), "");
+    qv::vector<CString> texts;
+    for (std::string const & text : {"b"s, "\xE4"s, "a\0b"s, "a"s, "b"s, ""s, "a\0b"s, "ab"s})
+        texts.push_back(CString(text));
+    EXPECT_EQ(plain(qvUtil::removeDuplicated(texts)), (Strings{"", "a", "a\0b"s, "ab", "b", "\xE4"}));
+    EXPECT_TRUE(qvUtil::removeDuplicated({}).empty());
 }
 
 } // namespace

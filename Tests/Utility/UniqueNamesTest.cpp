@@ -4,8 +4,8 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <set>
+#include <sstream>
 #include <string>
 
 namespace {
@@ -44,14 +44,10 @@ TEST(UniqueNames, NumbersWhatIsThere) {
     };
     for (auto const & one : cases) {
         UniqueNames names(one.separator, one.suffix);
+        std::istringstream all(one.inserted);
         std::string results;
-        std::string const all = one.inserted;
-        for (std::size_t from = 0; from < all.size();) {
-            std::size_t const to = std::min(all.find(' ', from), all.size());
-            CString const result = names.insert(CString(all.substr(from, to - from)));
-            results.append(from == 0 ? "" : " ").append(result.asChar());
-            from = to + 1;
-        }
+        for (std::string name; all >> name;)
+            results.append(results.empty() ? "" : " ").append(names.insert(CString(name)).asChar());
         EXPECT_EQ(results, one.results) << one.inserted;
     }
 }
@@ -88,8 +84,6 @@ TEST(UniqueNames, ACopyBorrows) {
         UniqueNames copy(owner);
         copy.insert("a");
         copy.setSeparator("+");
-        UniqueNames const second(copy);
-        EXPECT_EQ(&second.getNames(), &owner.getNames());
     }
     EXPECT_EQ(owner.insert("a"), "a+1");
 }

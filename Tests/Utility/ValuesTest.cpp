@@ -69,13 +69,11 @@ TEST(Interval, ComesFromNumbers) {
                        {std::nan(""), 0, 0}};
     for (auto const & one : cases)
         EXPECT_EQ(partsOf(Interval(one.number)), std::make_pair(one.seconds, one.microseconds)) << one.number;
-    EXPECT_TRUE(Interval(0).isZero() && Interval().isZero());
-    EXPECT_FALSE(Interval("1us").isZero());
+    EXPECT_TRUE(Interval(0).isZero() && Interval().isZero() && !Interval("1us").isZero());
     EXPECT_EQ(partsOf(Interval(5000000000)), std::make_pair(INT_MAX, 999999));
     EXPECT_EQ(Interval("1500ms").dseconds(), 1.5);
     EXPECT_TRUE(Interval("1us") < Interval("2us") && Interval("999999us") < Interval(1));
-    EXPECT_FALSE(Interval(2) < Interval("1999ms"));
-    EXPECT_EQ(Interval(2), Interval("2s"));
+    EXPECT_FALSE(Interval(2) < Interval("1999ms") || Interval(2) < Interval("2s"));
 }
 
 TEST(Color, BecomesBytesWithoutRounding) {
@@ -99,22 +97,16 @@ TEST(Color, BecomesBytesWithoutRounding) {
 }
 
 TEST(Color, KeepsItsComponentsInOrder) {
-    Color color;
-    EXPECT_EQ(color, Color::black);
-    color.set(0.25F, 0.5F, 0.75F, 0);
+    EXPECT_EQ(Color(), Color::black);
+    Color color(0.25F, 0.5F, 0.75F, 0);
     float const * const numbers = color;
-    EXPECT_TRUE(numbers[0] == color.r() && numbers[3] == color.a() && Color(numbers)[2U] == color.b());
-    static_cast<float *>(color)[1] = 0;
-    EXPECT_EQ(color.g(), 0);
-
+    EXPECT_TRUE(numbers[0] == color.r() && numbers[1] == color.g() && numbers[3] == color.a());
+    EXPECT_EQ(Color(numbers)[2U], color.b());
     unsigned char const bytes[] = {1, 2, 3, 4};
-    Color8 stored(bytes);
-    EXPECT_EQ(stored.getAsInt(), 0x04030201U); // on a little-endian machine
-    stored[9] = 5;
-    EXPECT_NE(stored, Color8(bytes));
+    EXPECT_EQ(Color8(bytes).getAsInt(), 0x04030201U); // on a little-endian machine
     unsigned char r, g, b, a;
-    stored.getRGBA(r, g, b, a);
-    EXPECT_EQ(stored, Color8(r, g, b, a));
+    Color8(bytes).getRGBA(r, g, b, a);
+    EXPECT_EQ(Color8(bytes), Color8(r, g, b, a));
 }
 
 TEST(Color, IsEqualWithinTheTolerance) {
@@ -150,17 +142,11 @@ TEST(PowerOfTwo, HoldsAtAllEdges) {
 }
 
 TEST(LinearUnits, ConvertsByMillimetres) {
-    struct {
-        double factor;
-        LinearUnits::System from, to;
-    } const cases[] = {{1609343.9999999998, LinearUnits::Miles, LinearUnits::Millimeters},
-                       {25.4, LinearUnits::Inches, LinearUnits::Millimeters},
-                       {0.9144, LinearUnits::Yards, LinearUnits::Meters},
-                       {1e-5, LinearUnits::Centimeters, LinearUnits::Kilometers},
-                       {5280, LinearUnits::Miles, LinearUnits::Feet}};
-    for (auto const & one : cases) {
-        EXPECT_DOUBLE_EQ(LinearUnits::convert(3, one.from, one.to), 3 * one.factor) << one.factor;
-        EXPECT_DOUBLE_EQ(LinearUnits::convert(3 * one.factor, one.to, one.from), 3) << one.factor;
+    double const millimeters[] = {25.4, 304.8, 914.4, 1609344, 1, 10, 1000, 1e6}; // in the order of the systems
+    for (int i = 0; i < 8; ++i) {
+        auto const unit = LinearUnits::System(i);
+        EXPECT_DOUBLE_EQ(LinearUnits::convert(3, unit, LinearUnits::Inches), 3 * millimeters[i] / 25.4);
+        EXPECT_DOUBLE_EQ(LinearUnits::convert(3, LinearUnits::Kilometers, unit), 3e6 / millimeters[i]);
     }
     EXPECT_EQ(LinearUnits::convert(1, LinearUnits::Miles, LinearUnits::Millimeters), 1609343.9999999998);
 }

@@ -1,10 +1,12 @@
 // qvcatalog: reads catalogs of texts and says where they are faulty.
 
-#include "../qvpackage/Names.h"
+#include "Support/Names.h"
+#include "Support/ProgressBar.h"
 
 #include "Base/OS/qvOSFilename.h"
 #include "Base/Strings/qvStringTableManager.h"
 #include "Base/Strings/qvStringTableStringTable.h"
+#include "Base/Utility/qvUtilProgress.h"
 
 #include <algorithm>
 #include <clocale>
@@ -42,42 +44,61 @@ std::string withoutNewlines(std::string text) {
     return text;
 }
 
-// Takes "String file ... error encountered, line 7, file NAME: \nWHAT: ENTRY\n" apart.
-std::string faultOf(std::string const & message) {
+// Takes "String file ... error encountered, line 7, file NAME: \nWHAT: ENTRY\n" apart. Anything may stand in a name, so
+// that is skipped by its length.
+std::string faultOf(std::string const & message, qvString::IString const & name) {
     static constexpr std::string_view beforeLine = "encountered, line ";
-    static constexpr std::string_view beforeText = ": \n";
+    static constexpr std::string_view beforeName = ", file ";
+    static constexpr std::string_view behindName = ": \n";
     std::size_t const line = message.find(beforeLine) + beforeLine.size();
-    std::size_t const comma = message.find(',', line);
-    std::size_t const text = message.find(beforeText, comma) + beforeText.size();
+    std::size_t const comma = message.find(beforeName, line);
+    std::size_t const nameLength = std::strlen(name.asMultibyte());
+    std::size_t const text = comma + beforeName.size() + nameLength + behindName.size();
     return message.substr(line, comma - line) + ": " + withoutNewlines(message.substr(text));
 }
 
-Status checkOne(char const * file) {
+// What became of a catalog, and what there is to say about it.
+struct Outcome {
+    Status status;
+    std::string text;
+};
+
+Outcome checkOne(char const * file) {
     qvStringTable::appStringTable().clear();
-    qvUtil::Error const error = qvStringTable::Manager::loadCatalog(qvOS::Filename(nameOf(file)));
+    qvOS::Filename const name(nameOf(file));
+    qvUtil::Error const error = qvStringTable::Manager::loadCatalog(name);
     if (!error)
-        return allWell;
-    if (error.num() != parsingFault && error.num() != conversionFault) {
-        complain(withoutNewlines(error.message()));
-        return unusable;
-    }
-    std::printf("%s:%s\n", shown(std::string(file)).c_str(), shown(faultOf(error.message())).c_str());
-    return faulty;
+        return {allWell, ""};
+    if (error.num() != parsingFault && error.num() != conversionFault)
+        return {unusable, withoutNewlines(error.message())};
+    return {faulty, std::string(file) + ":" + faultOf(error.message(), name.name())};
 }
 
 int check(std::vector<char const *> const & files) {
+    qvUtil::Progress progress;
+    ProgressBar bar(ProgressBar::Use::whereATerminalIs, progress);
     int worst = allWell;
-    for (char const * file : files) {
-        Status status = unusable;
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        char const * const file = files[i];
+        progress.setCaption(shown(std::string(file)).c_str());
+        Outcome outcome = {unusable, ""};
         try {
-            status = checkOne(file);
+            outcome = checkOne(file);
         } catch (std::bad_alloc const &) {
-            complain(std::string(file) + ": there is not enough memory");
+            outcome.text = std::string(file) + ": there is not enough memory";
         } catch (std::length_error const &) {
-            complain(std::string(file) + ": an entry is too long");
+            outcome.text = std::string(file) + ": an entry is too long";
         }
-        worst = std::max<int>(worst, status);
+        if (outcome.status != allWell)
+            bar.clear();
+        if (outcome.status == faulty)
+            std::printf("%s\n", shown(outcome.text).c_str());
+        else if (outcome.status == unusable)
+            complain(outcome.text);
+        worst = std::max<int>(worst, outcome.status);
+        progress.set(static_cast<double>(i + 1) / static_cast<double>(files.size()));
     }
+    bar.clear();
     if (std::fflush(stdout) == 0)
         return worst;
     complain("the output cannot be written");

@@ -1,26 +1,22 @@
 #include "Change.h"
 #include "Commands.h"
-#include "Names.h"
-#include "ProgressBar.h"
+#include "Preparation.h"
+#include "Support/Names.h"
+#include "Support/ProgressBar.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <set>
+#include <sys/stat.h>
 
 namespace fs = std::filesystem;
 
 namespace {
 
-struct Source {
-    std::string file;  // as the system has it
-    std::string entry; // the name in the package
-    std::int64_t size;
-};
-
 // Goes through what is to be added and finds the names that it gets.
 class Collector {
 public:
-    explicit Collector(std::string const & package) : package_(package) {}
+    explicit Collector(std::string const & package) : isThere_(::stat(package.c_str(), &package_) == 0) {}
 
     void collect(std::string const & argument) {
         fs::path const path(argument);
@@ -28,41 +24,40 @@ public:
         if (last.empty() && path.has_parent_path())
             last = path.parent_path().filename(); // behind a separator at the end
         bool const isNamed = !last.empty() && last != "." && last != "..";
-        visit(path, isNamed ? last.string() : std::string(), Links::followed);
+        visit(argument, isNamed ? last.string() : std::string(), Links::followed);
     }
-    std::vector<Source> const & sources() const { return sources_; }
+    std::vector<FileToAdd> const & files() const { return files_; }
     std::int64_t bytes() const { return bytes_; }
     bool hasLeftOut() const { return hasLeftOut_; }
 
 private:
     enum class Links { followed, left };
 
-    void leaveOut(fs::path const & path, std::string const & why) {
-        complain(shown(path.string()) + ": " + why);
+    void leaveOut(std::string const & path, std::string const & why) {
+        complain(shown(path) + ": " + why);
         hasLeftOut_ = true;
     }
 
-    void visit(fs::path const & path, std::string const & entry, Links links) {
-        std::error_code failure;
-        fs::file_status const own = fs::symlink_status(path, failure);
-        fs::file_status const status = fs::status(path, failure);
-        if (!fs::exists(own))
-            leaveOut(path, "there is no such file");
-        else if (!fs::exists(status))
+    void visit(std::string const & path, std::string const & entry, Links links) {
+        struct ::stat status;
+        if (::lstat(path.c_str(), &status) != 0)
+            return leaveOut(path, "there is no such file");
+        bool const isLink = S_ISLNK(status.st_mode);
+        if (isLink && ::stat(path.c_str(), &status) != 0)
             leaveOut(path, "a link that leads to nothing");
-        else if (fs::is_directory(status) && fs::is_symlink(own) && links == Links::left)
+        else if (S_ISDIR(status.st_mode) && isLink && links == Links::left)
             leaveOut(path, "a link to a directory is not followed");
-        else if (fs::is_directory(status))
+        else if (S_ISDIR(status.st_mode))
             visitDirectory(path, entry);
-        else if (!fs::is_regular_file(status))
+        else if (!S_ISREG(status.st_mode))
             leaveOut(path, "a package holds no special files");
-        else if (fs::equivalent(path, package_, failure))
+        else if (isThere_ && status.st_dev == package_.st_dev && status.st_ino == package_.st_ino)
             leaveOut(path, "the package itself");
         else
-            take(path, entry);
+            take(path, entry, status.st_size);
     }
 
-    void visitDirectory(fs::path const & path, std::string const & entry) {
+    void visitDirectory(std::string const & path, std::string const & entry) {
         std::error_code failure;
         std::vector<std::string> names;
         for (fs::directory_iterator at(path, failure), end; !failure && at != end; at.increment(failure))
@@ -73,10 +68,11 @@ private:
             return leaveOut(path, "a package holds no empty directories");
         std::sort(names.begin(), names.end());
         for (std::string const & name : names)
-            visit(path / name, entry.empty() ? name : entry + "/" + name, Links::left);
+            visit(path.ends_with('/') ? path + name : path + "/" + name, entry.empty() ? name : entry + "/" + name,
+                  Links::left);
     }
 
-    void take(fs::path const & path, std::string const & entry) {
+    void take(std::string const & path, std::string const & entry, std::int64_t size) {
         qvString::IString const name = nameOf(entry);
         if (hasStrangeBytes(name))
             return leaveOut(path, "its name is not UTF-8");
@@ -84,16 +80,15 @@ private:
             return leaveOut(path, "its name would be stored as another one");
         if (!names_.insert(entry).second)
             return leaveOut(path, "another file has the same name in the package");
-        std::error_code failure;
-        auto const size = fs::file_size(path, failure);
-        sources_.push_back({path.string(), entry, failure ? 0 : static_cast<std::int64_t>(size)});
-        bytes_ += sources_.back().size;
+        files_.push_back({path, entry, size});
+        bytes_ += size;
     }
 
-    fs::path package_;
+    struct ::stat package_;
+    bool isThere_;
     ioPackageFile naming_;
     std::set<std::string> names_;
-    std::vector<Source> sources_;
+    std::vector<FileToAdd> files_;
     std::int64_t bytes_ = 0;
     bool hasLeftOut_ = false;
 };
@@ -104,6 +99,38 @@ bool isFatal(qvUtil::Error const & error) {
     return std::find(std::begin(fatal), std::end(fatal), error.num()) != std::end(fatal);
 }
 
+double shareOf(std::int64_t bytes, std::int64_t whole) {
+    return static_cast<double>(bytes) / static_cast<double>(std::max<std::int64_t>(whole, 1));
+}
+
+// Puts what was collected into the package. False when it cannot be gone on with.
+bool addAll(ioPackageFile & package, Collector const & collected, AddOptions const & options, Status & status) {
+    qvUtil::Progress progress;
+    ProgressBar bar(options.quiet ? ProgressBar::Use::never : ProgressBar::Use::whereATerminalIs, progress);
+    Preparation preparation(collected.files(), options.compress);
+    std::int64_t done = 0;
+    for (FileToAdd const & file : collected.files()) {
+        progress.setCaption(shown(file.entry).c_str());
+        Prepared const prepared = preparation.take(
+            [&](std::int64_t bytes) { progress.set(std::max(progress.get(), shareOf(bytes, collected.bytes()))); });
+        qvUtil::Progress copying;
+        if (!options.compress)
+            progress.subPhase(shareOf(file.size, collected.bytes()), copying);
+        qvUtil::Error const error =
+            prepared.error ? prepared.error : package.addEntry(prepared.source, nameOf(file.entry), &copying);
+        done += file.size;
+        progress.set(std::max(progress.get(), shareOf(done, collected.bytes())));
+        if (!error)
+            continue;
+        bar.clear();
+        complain(error);
+        status = withFaults;
+        if (isFatal(error))
+            return false;
+    }
+    return true;
+}
+
 } // namespace
 
 Status add(AddOptions const & options, std::string const & package, std::vector<std::string> const & files) {
@@ -111,31 +138,19 @@ Status add(AddOptions const & options, std::string const & package, std::vector<
     for (std::string const & file : files)
         collector.collect(file);
     Status status = collector.hasLeftOut() ? withFaults : allWell;
+    // A package is not made for nothing.
+    if (collector.files().empty())
+        return status;
     Change change(package, options.how);
     if (!change.begin(Presence::madeWhenAbsent))
         return unusable;
-    using Use = ProgressBar::Use;
-    ProgressBar bar(options.quiet ? Use::never : Use::whereATerminalIs, collector.bytes());
-    for (Source const & source : collector.sources()) {
-        bar.advance(0, shown(source.entry));
-        qvUtil::Error const error =
-            change.package().addEntry(nameOf(source.file), nameOf(source.entry), options.compress);
-        bar.advance(source.size, shown(source.entry));
-        if (!error)
-            continue;
-        bar.clear();
-        complain(error);
-        status = withFaults;
-        if (!isFatal(error))
-            continue;
-        // On a copy the old package stays; in place the directory must still be written, for what was appended lies
-        // over the old one.
-        if (options.how == How::onACopy)
-            change.giveUp();
-        else
-            static_cast<void>(change.finish());
-        return unusable;
-    }
-    bar.clear();
-    return change.finish() ? status : unusable;
+    if (addAll(change.package(), collector, options, status))
+        return change.finish() ? status : unusable;
+    // On a copy the old package stays; in place the directory must still be written, for what was appended lies over
+    // the old one.
+    if (options.how == How::onACopy)
+        change.giveUp();
+    else
+        static_cast<void>(change.finish());
+    return unusable;
 }

@@ -1,9 +1,10 @@
 #include "Change.h"
 
-#include "Names.h"
+#include "Support/Names.h"
 
 #include "Base/OS/qvOSFileOperations.h"
 
+#include <filesystem>
 #include <sys/stat.h>
 
 void openForOthers(qvString::IString const & file) {
@@ -12,7 +13,23 @@ void openForOthers(qvString::IString const & file) {
     ::chmod(bytesOf(file).c_str(), 0666 & ~mask);
 }
 
-Change::Change(std::string const & package, How how) : name_(nameOf(package)), how_(how) {}
+bool findPackage(std::string const & package, qvString::IString & name) {
+    name = nameOf(package);
+    if (qvOS::Filename(name).name() == name)
+        return true;
+    // Normal form follows the letters; here it is to follow the links.
+    namespace fs = std::filesystem;
+    fs::path const path(package);
+    std::error_code failure;
+    fs::path const directory = fs::canonical(path.has_parent_path() ? path.parent_path() : fs::path("."), failure);
+    name = nameOf((directory / path.filename()).string());
+    if (!failure && qvOS::Filename(name).name() == name)
+        return true;
+    complain(shown(package) + ": a package of this name cannot be changed");
+    return false;
+}
+
+Change::Change(std::string const & package, How how) : argument_(package), how_(how) {}
 
 bool Change::fail(qvUtil::Error const & error) {
     complain(error);
@@ -23,6 +40,8 @@ bool Change::fail(qvUtil::Error const & error) {
 qvString::IString const & Change::workName() const { return saving_ ? saving_->getTempFilename().name() : name_; }
 
 bool Change::begin(Presence presence) {
+    if (!findPackage(argument_, name_))
+        return false;
     isNew_ = !qvOS::doesFileExist(qvOS::Filename(name_));
     if (isNew_ && presence == Presence::required) {
         complain(shown(name_) + ": there is no such package");

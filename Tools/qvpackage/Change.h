@@ -13,6 +13,10 @@
 // Gives a new file what the user's mask leaves of reading and writing: the library makes packages for their owner.
 void openForOthers(qvString::IString const & file);
 
+// The library's name of a package that is to be replaced, which it brings into normal form. False, with the reason
+// told, when that is the name of another file.
+bool findPackage(std::string const & package, qvString::IString & name);
+
 enum class Presence { required, madeWhenAbsent };
 
 class Change {
@@ -36,7 +40,8 @@ public:
 private:
     bool fail(qvUtil::Error const & error);
 
-    qvString::IString name_;
+    std::string argument_;
+    qvString::IString name_; // since begin()
     How how_;
     bool isNew_ = false;
     ioPackageFile package_;

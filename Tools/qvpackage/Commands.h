@@ -3,6 +3,7 @@
 #ifndef Commands_h
 #define Commands_h
 
+#include "Base/DataFiles/ioPackageFile.h"
 #include "Base/Utility/qvUtilError.h"
 
 #include <cstdint>
@@ -36,6 +37,10 @@ Status deleteEntries(How how, std::string const & package, std::vector<std::stri
 Status compact(std::string const & package, std::string const & target);
 Status check(std::string const & package);
 Status info(std::string const & package);
+
+// Opens a package that is to be there: the library makes one where there is none. False with the reason told; `damage`
+// then holds the failure when it was that the file is no sound package.
+bool openExisting(ioPackageFile & package, std::string const & name, qvUtil::Error * damage = nullptr);
 
 // Writes "qvpackage: " and the text, on a line of its own.
 void complain(std::string const & text);

@@ -1,6 +1,19 @@
 #include "Change.h"
 #include "Commands.h"
-#include "Names.h"
+#include "Support/Names.h"
+#include "Support/ProgressBar.h"
+
+namespace {
+
+// Whether it is the package that is damaged, and not the room for the copy that is missing.
+bool isOfContents(qvUtil::Error const & error) {
+    constexpr int unreadable = 7;
+    constexpr int damaged = 9;
+    constexpr int cutShort = 16;
+    return error.num() == unreadable || error.num() == damaged || error.num() == cutShort;
+}
+
+} // namespace
 
 Status deleteEntries(How how, std::string const & package, std::vector<std::string> const & names) {
     Change change(package, how);
@@ -18,18 +31,21 @@ Status deleteEntries(How how, std::string const & package, std::vector<std::stri
 
 Status compact(std::string const & package, std::string const & target) {
     ioPackageFile source;
-    if (qvUtil::Error const error = source.open(nameOf(package))) {
-        complain(error);
+    qvString::IString name;
+    if (!openExisting(source, package) || !findPackage(target, name))
         return unusable;
-    }
-    qvOS::ProtectedWrite saving(qvOS::Filename(nameOf(target)));
+    qvOS::ProtectedWrite saving{qvOS::Filename(name)};
     if (!saving.init()) {
         complain(shown(target) + ": cannot be replaced");
         return unusable;
     }
+    qvUtil::Progress progress;
+    ProgressBar bar(ProgressBar::Use::whereATerminalIs, progress);
+    progress.setCaption(shown(target).c_str());
     // Damage is found in the copy, and the target is as it was.
-    qvUtil::Error const error = source.write(saving.getTempFilename().name());
+    qvUtil::Error const error = source.write(saving.getTempFilename().name(), &progress);
     source.close();
+    bar.clear();
     if (error) {
         complain(error);
         saving.invalidate();
@@ -39,5 +55,5 @@ Status compact(std::string const & package, std::string const & target) {
         return allWell;
     if (!error)
         complain(shown(target) + ": cannot be replaced");
-    return error ? withFaults : unusable;
+    return isOfContents(error) ? withFaults : unusable;
 }

@@ -1,15 +1,17 @@
 #include "Commands.h"
-#include "Names.h"
+#include "Support/Names.h"
+#include "Support/ProgressBar.h"
 
 #include "Base/DataFiles/ioBufferedStreamInput.h"
 #include "Base/DataFiles/ioPackageFile.h"
 #include "Base/OS/qvOSFile.h"
 
+#include <algorithm>
 #include <cinttypes>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
-#include <memory>
+#include <string>
 
 namespace {
 
@@ -25,31 +27,15 @@ std::string dateOf(std::int64_t seconds) {
     return text;
 }
 
-// Opens a package that is to be there.
-bool openExisting(ioPackageFile & package, std::string const & name) {
-    qvOS::FileStatus status;
-    if (!qvOS::File::query(nameOf(name), status) && !status.exists()) {
-        complain(shown(name) + ": there is no such package");
-        return false;
-    }
-    if (qvUtil::Error const error = package.open(nameOf(name))) {
-        complain(error);
-        return false;
-    }
-    return true;
-}
-
-bool isOutputWritten() { return std::fflush(stdout) == 0 && std::ferror(stdout) == 0; }
-
 Status finishOutput(Status status) {
-    if (isOutputWritten())
+    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0)
         return status;
     complain("the output cannot be written");
     return unusable;
 }
 
 // Reads an entry to its end, through its filters.
-bool isWhole(ioPackageFileEntry const & entry) {
+bool isWhole(ioPackageFileEntry const & entry, qvUtil::Progress & progress) {
     ioBufferedStreamInput stream;
     stream.openPackageFileEntry(&entry);
     if (entry.getCompressed()) {
@@ -57,14 +43,33 @@ bool isWhole(ioPackageFileEntry const & entry) {
         stream.checksum(true);
     }
     static char block[1 << 16];
+    double const guess = static_cast<double>(entry.getSize()) * (entry.getCompressed() ? 2 : 1) + 1;
     std::int64_t bytes = 0;
-    for (int count = 0; (count = stream.readData(block, sizeof block)) > 0;)
+    for (int count = 0; (count = stream.readData(block, sizeof block)) > 0;) {
         bytes += count;
+        progress.set(std::min(static_cast<double>(bytes) / guess, 1.0));
+    }
     ioStreamStatus const status = stream.getStatus();
     stream.close();
     bool const isAtEnd = status == ioStreamEOF || status == ioStreamCompressEnd;
     return isAtEnd && (entry.getCompressed() || bytes == entry.getSize());
 }
+
+// The bytes of all entries, and how many they and the compressed ones are.
+struct Totals {
+    explicit Totals(ioPackageFile const & file) {
+        for (auto const & [name, index] : file.getDirectory()) {
+            ioPackageFileEntry const & entry = *file.getEntry(index);
+            stored += entry.getSize();
+            compressed += entry.getCompressed();
+            names += static_cast<std::int64_t>(std::strlen(name.asUTF8()));
+        }
+    }
+
+    std::int64_t stored = 0;
+    std::int64_t names = 0;
+    int compressed = 0;
+};
 
 } // namespace
 
@@ -84,23 +89,28 @@ Status list(bool isLong, std::string const & package) {
 
 Status check(std::string const & package) {
     ioPackageFile file;
-    qvOS::FileStatus status;
-    if (!qvOS::File::query(nameOf(package), status) && !status.exists()) {
-        complain(shown(package) + ": there is no such package");
-        return unusable;
-    }
-    if (qvUtil::Error const error = file.open(nameOf(package))) {
-        complain(error);
-        return error.num() == 17 ? withFaults : unusable;
+    qvUtil::Error damage;
+    if (!openExisting(file, package, &damage)) {
+        if (char const * const fault = file.getDirectoryFault(); damage && fault != nullptr)
+            complain(shown(package) + ": " + fault);
+        return damage ? withFaults : unusable;
     }
     Status result = allWell;
+    double const whole = static_cast<double>(Totals(file).stored) + 1;
+    qvUtil::Progress progress;
+    ProgressBar bar(ProgressBar::Use::whereATerminalIs, progress);
     for (auto const & [name, index] : file.getDirectory()) {
-        qvString::IString place;
-        if (qvUtil::Error const error = ioPackageFile::placeBelow(qvString::IString(L"/"), name, place)) {
+        ioPackageFileEntry const & entry = *file.getEntry(index);
+        progress.setCaption(shown(name).c_str());
+        qvUtil::Progress reading;
+        progress.subPhase(static_cast<double>(entry.getSize()) / whole, reading);
+        if (qvUtil::Error const error = ioPackageFile::verifyExtractName(name)) {
+            bar.clear();
             complain(error);
             result = withFaults;
         }
-        if (!isWhole(*file.getEntry(index))) {
+        if (!isWhole(entry, reading)) {
+            bar.clear();
             complain("Error reading package file entry: " + shown(name));
             result = withFaults;
         }
@@ -114,37 +124,27 @@ Status info(std::string const & package) {
         return unusable;
     qvOS::FileStatus status;
     static_cast<void>(qvOS::File::query(nameOf(package), status));
-    // What a packet of a record takes beside its name, and a directory beside its packets.
+    // What a copy would have: the header, a packet for each record, with its fields, and the directory beside them.
+    constexpr std::int64_t headerBytes = 85;
     constexpr std::int64_t recordBytes = 12 + 1 + 3 * 8 + 1;
     constexpr std::int64_t directoryBytes = 91 + 12;
-    constexpr std::int64_t headerBytes = 85;
-    std::int64_t stored = 0;
-    std::int64_t records = 0;
-    int compressed = 0;
-    for (auto const & [name, index] : file.getDirectory()) {
-        ioPackageFileEntry const & entry = *file.getEntry(index);
-        stored += entry.getSize();
-        compressed += entry.getCompressed();
-        records += recordBytes + static_cast<std::int64_t>(std::strlen(name.asUTF8()));
-    }
+    Totals const totals(file);
+    std::int64_t const compactSize =
+        headerBytes + totals.stored + directoryBytes + totals.names + file.size() * recordBytes + recordBytes + 1;
     int holes = 0;
     int index = 0;
-    std::int64_t firstOffset = -1;
     ioPackageFileEntry const * entry = file.getEntry(index);
-    for (; entry == nullptr || entry->getName() != L"."; entry = file.getEntry(++index)) {
+    for (; entry == nullptr || entry->getName() != L"."; entry = file.getEntry(++index))
         holes += entry == nullptr;
-        if (entry != nullptr && firstOffset < 0)
-            firstOffset = entry->getOffset();
-    }
+    std::int64_t const size = status.getSize();
     std::int64_t const end = entry->getOffset();
-    std::int64_t const compactSize = headerBytes + stored + directoryBytes + records + recordBytes + 1;
-    std::printf("size        %14ld\n", status.getSize());
+    std::printf("size        %14" PRId64 "\n", size);
     std::printf("entries     %14d\n", file.size());
-    std::printf("compressed  %14d\n", compressed);
-    std::printf("stored      %14" PRId64 "\n", stored);
+    std::printf("compressed  %14d\n", totals.compressed);
+    std::printf("stored      %14" PRId64 "\n", totals.stored);
     std::printf("holes       %14d\n", holes);
-    std::printf("free        %14" PRId64 "\n", end - headerBytes - stored);
-    std::printf("directory   %14" PRId64 "\n", status.getSize() - end);
-    std::printf("to save     %14" PRId64 "\n", status.getSize() - compactSize);
+    std::printf("free        %14" PRId64 "\n", end - file.getDataOffset() - totals.stored);
+    std::printf("directory   %14" PRId64 "\n", size - end);
+    std::printf("to save     %14" PRId64 "\n", size - compactSize);
     return finishOutput(allWell);
 }

@@ -1,7 +1,7 @@
 // qvpackage: makes package files, looks into them and takes them apart.
 
 #include "Commands.h"
-#include "Names.h"
+#include "Support/Names.h"
 
 #include <charconv>
 #include <clocale>
@@ -160,6 +160,11 @@ Status runCheck(Arguments arguments) { return check(arguments.rest(1, 1).front()
 
 Status runInfo(Arguments arguments) { return info(arguments.rest(1, 1).front()); }
 
+Status print(char const * text) {
+    std::fputs(text, stdout);
+    return std::fflush(stdout) == 0 ? allWell : unusable;
+}
+
 struct Command {
     std::string_view name;
     Status (*run)(Arguments);
@@ -183,14 +188,15 @@ int main(int argc, char ** argv) {
     // What the library says of names comes in the multibyte encoding, and names are shown in UTF-8.
     std::setlocale(LC_CTYPE, "C.UTF-8");
     std::string_view const first = argc > 1 ? argv[1] : "";
-    if (first == "--help" || first == "--version") {
-        std::fputs(first == "--help" ? usage : "qvpackage " QVPACKAGE_VERSION "\n", stdout);
-        return std::fflush(stdout) == 0 ? allWell : unusable;
-    }
+    if (first == "--help" || first == "--version")
+        return print(first == "--help" ? usage : "qvpackage " QVPACKAGE_VERSION "\n");
     try {
-        for (Command const & command : commands)
-            if (first == command.name)
-                return command.run(Arguments(argc - 2, argv + 2));
+        for (Command const & command : commands) {
+            if (first != command.name)
+                continue;
+            Arguments arguments(argc - 2, argv + 2);
+            return arguments.take("--help") ? print(usage) : command.run(std::move(arguments));
+        }
     } catch (BadArguments const & bad) {
         complain(bad.what());
     } catch (std::bad_alloc const &) {

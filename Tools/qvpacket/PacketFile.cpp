@@ -47,7 +47,7 @@ size_t findFrameEnd(std::string_view text, size_t begin) {
 
 } // namespace
 
-PacketFile::PacketFile(std::string_view bytes) : bytes_(bytes) {
+PacketFile::PacketFile(std::string_view bytes, qvUtil::Progress & progress) : bytes_(bytes), progress_(progress) {
     takeHeader();
     takeRegistry();
     headerSize_ = at_;
@@ -189,6 +189,7 @@ bool PacketFile::next(Packet & packet) {
         takeAsciiPacket(packet);
     }
     packet.size = at_ - packet.offset;
+    progress_.set(static_cast<double>(at_) / static_cast<double>(bytes_.size()));
     if (isEnd(packet)) {
         checkEndPacket(packet);
         ended_ = true;

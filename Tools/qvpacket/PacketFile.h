@@ -5,6 +5,7 @@
 
 #include "Base/Containers/qvVector.h"
 #include "Base/DataFiles/ioHeader.h"
+#include "Base/Utility/qvUtilProgress.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -23,8 +24,8 @@ struct Packet {
 // where they are.
 class PacketFile {
 public:
-    // Takes the header and the registry.
-    explicit PacketFile(std::string_view bytes);
+    // Takes the header and the registry. The progress is told what part of the bytes is taken.
+    PacketFile(std::string_view bytes, qvUtil::Progress & progress);
 
     int version() const { return version_; }
     bool isLittleEndian() const { return littleEndian_; }
@@ -57,6 +58,7 @@ private:
     std::int64_t load32(std::size_t at) const;
 
     std::string_view bytes_;
+    qvUtil::Progress & progress_;
     std::size_t at_ = 0;
     bool ended_ = false;
     int version_ = 0;

@@ -2,6 +2,8 @@
 
 #include "Commands.h"
 #include "Fault.h"
+#include "Support/Names.h"
+#include "Support/ProgressBar.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -10,6 +12,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unistd.h>
 
 namespace {
 
@@ -59,8 +62,13 @@ std::optional<Command> commandNamed(std::string_view name) {
     return std::nullopt;
 }
 
-void run(Command command, std::string_view contents, Output & output) {
-    PacketFile file(contents);
+void run(Command command, std::string_view contents, Output & output, char const * name) {
+    qvUtil::Progress progress;
+    progress.setCaption(shown(std::string(name)).c_str());
+    // Not between lines of output.
+    bool const isApart = command == Command::check || ::isatty(STDOUT_FILENO) != 1;
+    ProgressBar const bar(isApart ? ProgressBar::Use::whereATerminalIs : ProgressBar::Use::never, progress);
+    PacketFile file(contents, progress);
     switch (command) {
     case Command::show:
         show(file, output);
@@ -81,7 +89,7 @@ Status runOn(Command command, char const * name, Output & output) {
             std::fprintf(stderr, "%s: cannot be read\n", name);
             return unusable;
         }
-        run(command, *contents, output);
+        run(command, *contents, output, name);
         return sound;
     } catch (Fault const & fault) {
         output.flush();

@@ -82,6 +82,8 @@ ioPackageFile::~ioPackageFile() { closePackageForOutput(); }
 void ioPackageFile::reset() {
     closePackageForOutput();
     packageName_ = IString();
+    fileDevice_ = 0;
+    fileNumber_ = 0;
     writable_ = false;
     dirty_ = false;
     pointerOffset_ = -1;
@@ -94,12 +96,15 @@ void ioPackageFile::reset() {
     entries_.back().name_ = L".";
 }
 
+qvPlatform::FileIdentity ioPackageFile::identity() const { return {fileDevice_, fileNumber_}; }
+
 void ioPackageFile::close() { closePackageForOutput(); }
 
 // ---- Opening
 
 Error ioPackageFile::open(IString const & name) {
     reset();
+    directoryFault_ = nullptr;
     qvOS::FileStatus status;
     Error error = qvOS::File::query(name, status);
     packageName_.assign(name);
@@ -118,6 +123,11 @@ Error ioPackageFile::open(IString const & name) {
         return error;
     }
     writable_ = status.isWritable();
+    qvPlatform::FileFacts facts;
+    if (qvPlatform::queryFile(packageName_, qvPlatform::Links::follow, facts).good()) {
+        fileDevice_ = facts.identity.device;
+        fileNumber_ = facts.identity.number;
+    }
     return Error();
 }
 
@@ -233,8 +243,18 @@ Error ioPackageFile::update() {
     return dirty_ ? writeDirectory() : Error();
 }
 
+// The directory in which a file lies, whatever its name leads through.
+IString directoryOf(IString const & file) {
+    IString resolved;
+    if (!qvPlatform::resolvedName(file, resolved).good())
+        return IString();
+    unsigned const last = resolved.rfind(qvPlatform::nameSeparator());
+    return last == IString::npos ? IString() : resolved.substr(0, last + 1);
+}
+
 // The bytes that the directory names, and the directory, are safe before the pointer makes it the valid one, and the
-// pointer is safe when this returns: with it the name of the file in its own directory.
+// pointer is safe when this returns: with it the name of the file in its own directory. A directory that could not be
+// written whole gets no pointer: as long as nothing was appended, the old pointer may still lead to a whole one.
 Error ioPackageFile::writeDirectory() {
     std::int64_t const offset = entries_.back().offset_;
     if (Error const error = openPackageForOutput())
@@ -246,8 +266,8 @@ Error ioPackageFile::writeDirectory() {
         return error;
     std::int64_t end = 0;
     error = writeDirectoryPointer(offset, end);
-    if (!error && (!qvPlatform::syncFile(packageName_).good() ||
-                   !qvPlatform::syncDirectory(qvOS::Filename(packageName_).dirname()).good()))
+    if (!error &&
+        (!qvPlatform::syncFile(packageName_).good() || !qvPlatform::syncDirectory(directoryOf(packageName_)).good()))
         error = errorWritingDirectory(packageName_);
     return error;
 }

@@ -7,11 +7,20 @@
 #include "Base/Containers/qvVector.h"
 #include "Base/DataFiles/ioBufferedStreamOutput.h"
 #include "Base/DataFiles/ioPackageFileEntry.h"
+#include "Base/DataFiles/ioPackageFileSource.h"
 #include "Base/Utility/qvUtilError.h"
 
 #include <cstdint>
 
 class ioBufferedStreamInput;
+
+namespace qvPlatform {
+struct FileIdentity;
+}
+
+namespace qvUtil {
+class Progress;
+}
 
 namespace ioPackageIO {
 class PackageRegistry;
@@ -37,6 +46,8 @@ class PackageReadContext;
 // Every operation gives an Error, with a number and a text for each reason; %s stands for the file's name, unless told
 // otherwise. Behind a failure the table is consistent, and the object can go on. An object belongs to one thread at a
 // time; two objects on one file, of which one changes it, are a fault of their owners, for nothing is locked.
+//
+// What takes long reports on a Progress, if it gets one, from 0 to 1; it does not ask whether it is cancelled.
 //
 //      1  "Internal error."
 //      2  "Can not create file: %s"
@@ -64,9 +75,10 @@ public:
     virtual ~ioPackageFile();
 
     // Opens a package, or creates one where there is no such file; a new one is no package for others before its first
-    // update(). Failures: 2, 7, 10, 15, 17; then the object is as a new one.
+    // update(). Failures: 2, 7, 10, 15, 17, and 4 with the system's text where the file cannot be asked
+    // about; then the object is as a new one.
     qvUtil::Error open(qvString::IString const & name);
-    // Writes the directory if anything has changed since the package was opened. Failures: 3, 4, 10, 15.
+    // Writes the directory if anything has changed since the package was opened. Failures: 1, 3, 4, 10, 15.
     qvUtil::Error update();
     // Lets the file go; the object stays usable.
     void close();
@@ -81,13 +93,19 @@ public:
     qv::map<qvString::IString, int> const & getDirectory() const { return directory_; }
     qvString::IString const & getPackageFileName() const { return packageName_; }
 
-    // Adds a file under a name, which is cleaned up first; an entry of that name is replaced, and lost when this fails
-    // from 9 on. Asked to, it is stored compressed when that makes it smaller; for a large file this needs
-    // room in the temporary directory. The file must keep its size meanwhile, and not be the package itself (15).
-    // Failures: 2 to 4, 6 to 12, 15, 16.
-    qvUtil::Error addEntry(qvString::IString const & file, qvString::IString const & name, bool compress);
+    // Adds a file under a name, which is cleaned up first; an entry of that name is replaced, and lost when copying
+    // into the package fails: "Error reading file for entry: %s", "Error writing entry: %s" and 16. Asked to, it is
+    // stored compressed when that makes it smaller; for a large file this needs room in the temporary directory. The
+    // file must keep its size meanwhile, and not be the package itself (15). Failures: 2 to 4, 6 to 12, 15, 16.
+    qvUtil::Error addEntry(qvString::IString const & file, qvString::IString const & name, bool compress,
+                           qvUtil::Progress * progress = nullptr);
+    // The same of a file that was made ready before, as often as wanted. Failures: 3, 4, 7, 9 to 12, 15, 16; 7 also
+    // when nothing is ready.
+    qvUtil::Error addEntry(ioPackageFileSource const & source, qvString::IString const & name,
+                           qvUtil::Progress * progress = nullptr);
     // Adds an entry of another package, as it is stored there. Failures: 3, 4, 7, 9 to 12, 14 to 16.
-    qvUtil::Error addEntry(ioPackageFileEntry const * entry, qvString::IString const & name);
+    qvUtil::Error addEntry(ioPackageFileEntry const * entry, qvString::IString const & name,
+                           qvUtil::Progress * progress = nullptr);
     // Frees an entry's place. Failures: 3, 4, 13.
     qvUtil::Error deleteEntry(qvString::IString const & name);
 
@@ -95,18 +113,20 @@ public:
     // failure leaves what was there. A null entry is no failure. With a limit, contents of more bytes give 10.
     // Failures: 2, 5, 7, 9, 10.
     qvUtil::Error extractEntry(ioPackageFileEntry const * entry, qvString::IString const & file,
-                               std::int64_t limit = noLimit) const;
+                               std::int64_t limit = noLimit, qvUtil::Progress * progress = nullptr) const;
     // Writes all entries, in the order of their names, to files below a directory, up to the first failure. An entry
     // that would come out elsewhere, by its name or through a symbolic link that lies there, is refused with 12; then
     // the others are written all the same.
     qvUtil::Error expand(qvString::IString const & directory) const;
+    // Refuses, with 12, a name that leads out of any directory to which it is joined.
+    static qvUtil::Error verifyExtractName(qvString::IString const & name);
     // Where expand() puts an entry of that name below a directory; 12 when it refuses to.
     static qvUtil::Error placeBelow(qvString::IString const & directory, qvString::IString const & name,
                                     qvString::IString & file);
 
     // Writes a copy without free parts, and goes on with that. A file of that name is replaced, but not this package's
     // own (4, "The pacakge is not writable."). Failures: 3, and those of open(), addEntry() and update().
-    qvUtil::Error write(qvString::IString const & name);
+    qvUtil::Error write(qvString::IString const & name, qvUtil::Progress * progress = nullptr);
 
     // Whether the file begins like a package with a directory. The directory is not read.
     static bool isFilePackageFile(qvString::IString const & name);
@@ -115,15 +135,21 @@ public:
 
     static constexpr std::int64_t noLimit = -1;
 
-    // For tests: what is wrong with the table, empty when all its rules hold.
+    // For tools: where the bytes of entries begin in the file, -1 while no package is open.
+    std::int64_t getDataOffset() const { return dataOffset_; }
+    // What was wrong with the records of the last directory that open() refused with "Error reading directory: %s";
+    // null when they could not even be read.
+    char const * getDirectoryFault() const { return directoryFault_; }
+    // For tests: what is wrong with the table, null when all its rules hold.
     char const * validate() const;
 
 private:
     friend class ioPackageIO::PackageReadContext;
     struct Source;
-    class Packed;
+    class NewRecord;
 
     QV_NO_EXPORT void reset();
+    QV_NO_EXPORT qvPlatform::FileIdentity identity() const;
     QV_NO_EXPORT qvUtil::Error openPackageForOutput();
     QV_NO_EXPORT void closePackageForOutput() const;
 
@@ -151,13 +177,17 @@ private:
 
     // Contents
     QV_NO_EXPORT qvUtil::Error verifyAddEntry(qvString::IString const & name) const;
-    QV_NO_EXPORT qvUtil::Error compressFile(qvString::IString const & source, Packed & target, std::int64_t size,
-                                            std::int64_t & compressedSize) const;
-    QV_NO_EXPORT qvUtil::Error copyFileIntoPackage(qvString::IString const & file, Source const & source);
-    QV_NO_EXPORT qvUtil::Error copyEntryIntoPackage(ioPackageFileEntry const * entry, qvString::IString const & name);
+    QV_NO_EXPORT qvUtil::Error copySourceIntoPackage(ioPackageFileSource::Impl & source, qvString::IString const & name,
+                                                     qvUtil::Progress * progress);
+    QV_NO_EXPORT qvUtil::Error copyEntryIntoPackage(ioPackageFileEntry const * entry, qvString::IString const & name,
+                                                    qvUtil::Progress * progress);
     QV_NO_EXPORT qvUtil::Error copyStreamIntoPackage(ioBufferedStreamInput & stream, Source const & source);
+    QV_NO_EXPORT qvUtil::Error copyAllInto(ioPackageFile & copy, qvUtil::Progress * progress) const;
+    QV_NO_EXPORT void takeOver(ioPackageFile & other);
 
     qvString::IString packageName_; // empty while no package is open
+    std::uint64_t fileDevice_ = 0;  // of the file, which tell it from others
+    std::uint64_t fileNumber_ = 0;
     bool writable_ = false;
     bool dirty_ = false;              // the table differs from the directory on disk
     std::int64_t pointerOffset_ = -1; // where the directory pointer stands
@@ -165,6 +195,7 @@ private:
     qv::map<qvString::IString, int> directory_;
     qv::vector<ioPackageFileEntry> entries_; // in the order of their offsets, the end marker last
     qv::vector<int *> places_;               // of each record the number in directory_, null for one without a name
+    char const * directoryFault_ = nullptr;  // of the last directory that was read
     int freeCount_ = 0;                      // records with an empty name
     // Reading closes the output first, so that a second descriptor sees all bytes.
     mutable ioBufferedStreamOutput output_;

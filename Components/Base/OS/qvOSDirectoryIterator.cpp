@@ -2,23 +2,24 @@
 
 #include "Base/OS/Internal/LocalFileTransport.h"
 #include "Base/OS/qvOSFile.h"
+#include "Base/Strings/Internal/WideText.h"
 
 #include <utility>
 
 namespace qvOS {
 
 using qvString::IString;
+using qvString::WideView;
 
 namespace {
 
 bool isSeparator(wchar_t c) { return c == L'/' || c == L'\\'; }
 
-// "." and ".." of a directory, by the end of the path.
-bool isSelfOrParent(IString const & path) {
-    unsigned const n = path.length();
-    if (n <= 3 || path[n - 1] != L'.')
-        return false;
-    return isSeparator(path[n - 2]) || (path[n - 2] == L'.' && isSeparator(path[n - 3]));
+// Whether the path of an entry ends in "." or "..", however short the path of its directory is.
+bool isSelfOrParent(IString const & path, wchar_t separator) {
+    WideView name(path.asWChar(), path.length());
+    name.remove_prefix(name.rfind(separator) + 1);
+    return name == WideView(L".") || name == WideView(L"..");
 }
 
 } // namespace
@@ -53,12 +54,15 @@ DirectoryIterator::iteratorEntry DirectoryIterator::examine(IString const & name
 
 void DirectoryIterator::visitDirectory(iteratorEntry const & entry) {
     File directory(entry.name);
-    qv::vector<IString> names;
-    static_cast<void>(directory.readDir(names, true));
-    for (IString const & name : names) {
-        if (isSelfOrParent(name))
+    qv::vector<IString> paths;
+    if (auto * const local = dynamic_cast<LocalFileTransport *>(directory.getTransport()))
+        static_cast<void>(local->readOwnDir(paths, true));
+    else
+        static_cast<void>(directory.readDir(paths, true));
+    for (IString const & path : paths) {
+        if (isSelfOrParent(path, directory.getSeparator()))
             continue;
-        iteratorEntry child = examine(name);
+        iteratorEntry child = examine(path);
         if (child.valid)
             entries_.push_back(std::move(child));
     }

@@ -11,8 +11,10 @@ namespace qvOS {
 /// Walks a tree level by level: the root first, then what lies in it, then what lies in that; within a directory in the
 /// order of the system. A directory is read when the walk goes on from it, so what appears or goes later is not
 /// noticed, and what has gone meanwhile has no children. Nothing is reported: what cannot be read or asked about is
-/// left out, a bad root too. A symbolic link is an entry that the walk does not go into, and no directory. The list of
-/// what is still to come is kept, at most the entries of two levels.
+/// left out, a bad root too, and so are special files, such as devices and pipes, and links that lead to one or to
+/// nothing. Any other symbolic link is an entry that the walk does not go into, and no directory. "." and ".." of a
+/// directory are no entries, whatever the root is called; the root itself may be one of them. The list of what is still
+/// to come is kept, at most the entries of two levels.
 ///
 ///     for (qvOS::DirectoryIterator walk(L"project"); walk.valid(); walk.next())
 ///         if (walk.onDirectory() && isHidden(walk.getName()))

@@ -1,5 +1,6 @@
 #include "Base/OS/qvOSFile.h"
 
+#include "Base/OS/Internal/FileCodes.h"
 #include "Base/OS/qvOSFileFactory.h"
 
 #include <iterator>
@@ -8,15 +9,6 @@ namespace qvOS {
 
 using qvString::IString;
 using qvUtil::Error;
-
-namespace {
-
-constexpr int notImplemented = 1;
-constexpr int fileIsNotOpen = 8;
-constexpr int fileIsOpen = 9;
-constexpr int notADirectory = 10;
-
-} // namespace
 
 char const * const File::ErrMsgs[20] = {
     "",
@@ -60,35 +52,39 @@ Error File::write(void const * buffer, unsigned int size, unsigned int * count) 
     return transport_->write(buffer, size, count);
 }
 
-Error File::open(int mode) { return isOpen() ? getError(fileIsOpen) : transport_->open(mode); }
+Error File::open(int mode) { return isOpen() ? getError(code::fileIsOpen) : transport_->open(mode); }
 
-Error File::openTemp(int mode) { return isOpen() ? getError(fileIsOpen) : transport_->openTemp(mode); }
+Error File::openTemp(int mode) { return isOpen() ? getError(code::fileIsOpen) : transport_->openTemp(mode); }
 
-Error File::close() { return isOpen() ? transport_->close() : getError(fileIsNotOpen); }
+Error File::close() { return isOpen() ? transport_->close() : getError(code::fileIsNotOpen); }
 
 Error File::readDir(qv::vector<IString> & list, bool fullPaths) {
     if (!isDirectory())
-        return getError(notADirectory);
+        return getError(code::notADirectory);
     list.clear();
     return transport_->readDir(list, fullPaths);
 }
 
-Error File::copyTo(File & target) { return isOpen() ? getError(fileIsOpen) : transport_->copyTo(*target.transport_); }
+Error File::copyTo(File & target) {
+    return isOpen() ? getError(code::fileIsOpen) : transport_->copyTo(*target.transport_);
+}
 
-Error File::moveTo(File & target) { return isOpen() ? getError(fileIsOpen) : transport_->moveTo(*target.transport_); }
+Error File::moveTo(File & target) {
+    return isOpen() ? getError(code::fileIsOpen) : transport_->moveTo(*target.transport_);
+}
 
 Error File::deleteSelf(int flags) {
     if (isOpen())
-        return getError(fileIsOpen);
+        return getError(code::fileIsOpen);
     bool const isWholeTree = isDirectory() && (flags & DeleteShallow) == 0;
     return isWholeTree ? transport_->recursiveDeleteSelf() : transport_->deleteSelf();
 }
 
-Error File::makeDirectory() { return isOpen() ? getError(fileIsOpen) : transport_->makeDirectory(); }
+Error File::makeDirectory() { return isOpen() ? getError(code::fileIsOpen) : transport_->makeDirectory(); }
 
-Error File::makeTempDirectory() { return isOpen() ? getError(fileIsOpen) : transport_->makeTempDirectory(); }
+Error File::makeTempDirectory() { return isOpen() ? getError(code::fileIsOpen) : transport_->makeTempDirectory(); }
 
-Error File::makeDirectoryAll() { return isOpen() ? getError(fileIsOpen) : transport_->makeDirectoryAll(); }
+Error File::makeDirectoryAll() { return isOpen() ? getError(code::fileIsOpen) : transport_->makeDirectoryAll(); }
 
 bool File::isDirectory() const { return transport_->isDirectory(); }
 bool File::isOpen() const { return transport_->isOpen(); }
@@ -107,7 +103,7 @@ Error File::query(FileStatus & status, bool ownerGroup) {
 
 Error File::query(IString const & name, FileStatus & status) {
     File file(name);
-    return file.isValid() ? file.query(status, false) : getError(notImplemented);
+    return file.isValid() ? file.query(status, false) : getError(code::notImplemented);
 }
 
 Error File::query(Filename const & name, FileStatus & status) { return query(name.name(), status); }

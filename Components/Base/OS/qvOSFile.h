@@ -55,13 +55,14 @@ public:
     /// The names in a directory (10 for anything else), "." and ".." among them.
     qvUtil::Error readDir(qv::vector<qvString::IString> & list, bool fullPaths);
     qvUtil::Error copyTo(File & target);
+    /// 13 when a directory was copied and is not empty, see FileTransport.
     qvUtil::Error moveTo(File & target);
-    /// Deletes the file, or a whole directory; with DeleteShallow only an empty one.
+    /// Deletes the file, or a whole directory; with DeleteShallow only an empty one. Of a link, the link.
     qvUtil::Error deleteSelf(int flags);
     /// 2 when there is something of that name.
     qvUtil::Error makeDirectory();
     qvUtil::Error makeTempDirectory();
-    /// With all missing directories above it.
+    /// With all missing directories above it. 2 for a missing one by a name that ends in a separator, which is made.
     qvUtil::Error makeDirectoryAll();
 
     bool isDirectory() const;

@@ -19,8 +19,12 @@ FileFactoryImpl::FileFactoryImpl() : localFactory_(std::make_unique<LocalFileTra
 }
 
 File * FileFactoryImpl::createFile(IString const & name) {
-    FileTransport * const transport = createTransport(name);
-    return transport != nullptr ? new File(transport) : nullptr;
+    std::unique_ptr<FileTransport> transport(createTransport(name));
+    if (transport == nullptr)
+        return nullptr;
+    std::unique_ptr<File> file = std::make_unique<File>(transport.get());
+    static_cast<void>(transport.release());
+    return file.release();
 }
 
 FileTransport * FileFactoryImpl::createTransport(IString const & name) {

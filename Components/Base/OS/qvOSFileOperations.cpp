@@ -1,5 +1,6 @@
 #include "Base/OS/qvOSFileOperations.h"
 
+#include "Base/OS/Internal/ScopedDescriptor.h"
 #include "Base/OS/qvOSFile.h"
 #include "Base/OS/qvOSFileFactory.h"
 #include "Base/Platform/PlatformFileSystem.h"
@@ -10,77 +11,81 @@
 namespace qvOS {
 
 using qvPlatform::FileFacts;
+using qvPlatform::FileKind;
 using qvPlatform::FileOutcome;
 using qvPlatform::FileResult;
+using qvPlatform::Links;
 using qvString::IString;
 using qvUtil::Error;
 
 namespace {
 
-class Descriptor {
-public:
-    Descriptor() = default;
-    Descriptor(Descriptor const &) = delete;
-    Descriptor & operator=(Descriptor const &) = delete;
-    ~Descriptor() { static_cast<void>(close()); }
-
-    qvPlatform::Descriptor & operator*() { return descriptor_; }
-    FileResult close() {
-        qvPlatform::Descriptor const descriptor = descriptor_;
-        descriptor_ = qvPlatform::noDescriptor;
-        return descriptor == qvPlatform::noDescriptor ? FileResult{} : qvPlatform::closeDescriptor(descriptor);
-    }
-
-private:
-    qvPlatform::Descriptor descriptor_ = qvPlatform::noDescriptor;
-};
-
-// The target is another file than the source, or is not there.
-FileResult copyInto(IString const & from, IString const & to, qvPlatform::OpenMode mode) {
-    Descriptor source;
-    FileResult result = qvPlatform::openFile(from, qvPlatform::OpenMode::read, *source);
+// What a failure leaves of the copy. A device that was written to stays, and so does what a link leads to.
+void removeCopy(IString const & to, FileFacts const & written) {
     FileFacts facts;
-    if (result.good())
-        result = qvPlatform::queryDescriptor(*source, facts);
-    if (result.good() && facts.kind == qvPlatform::FileKind::directory)
-        result.outcome = FileOutcome::notUsable;
-    Descriptor target;
-    if (result.good())
-        result = qvPlatform::openFile(to, mode, *target);
-    if (!result.good())
-        return result;
-    result = qvPlatform::copyDescriptor(*source, *target);
-    FileResult const closed = target.close();
-    if (result.good())
-        result = closed;
-    if (!result.good()) {
-        qvPlatform::removeFile(to);
-        return result;
-    }
+    if (written.kind == FileKind::file && qvPlatform::queryFile(to, Links::keep, facts).good() &&
+        facts.identity == written.identity)
+        static_cast<void>(qvPlatform::removeFile(to));
+}
+
+// The target is empty, or no file at all. A copy is never open to more users than its source.
+FileResult fill(ScopedDescriptor & source, FileFacts const & sourceFacts, ScopedDescriptor & target,
+                FileFacts const & targetFacts) {
+    bool const isFile = targetFacts.kind == FileKind::file;
+    if (isFile)
+        static_cast<void>(qvPlatform::narrowPermissions(*target, targetFacts, sourceFacts));
+    FileResult result = qvPlatform::copyDescriptor(*source, *target);
     // That these do not stick on some file systems is no reason to lose the copy.
-    qvPlatform::setPermissions(to, facts.permissions);
-    qvPlatform::setModificationTime(to, facts.modificationTime);
-    return result;
+    if (result.good() && isFile) {
+        static_cast<void>(qvPlatform::setPermissions(*target, sourceFacts));
+        static_cast<void>(qvPlatform::setModificationTime(*target, sourceFacts));
+    }
+    FileResult const closed = target.close();
+    return result.good() ? closed : result;
 }
 
 FileResult copyFile(IString const & from, IString const & to, bool overwrite) {
-    FileFacts source;
-    FileFacts target;
-    FileResult const asked = qvPlatform::queryFile(from, qvPlatform::Links::follow, source);
-    if (!asked.good())
-        return asked;
-    if (!overwrite)
-        return copyInto(from, to, qvPlatform::OpenMode::create);
-    bool const isThere = qvPlatform::queryFile(to, qvPlatform::Links::follow, target).good();
-    if (isThere && target.identity == source.identity)
-        return {FileOutcome::invalid, 0};
-    return copyInto(from, to, qvPlatform::OpenMode::write);
+    FileFacts facts;
+    // Before it is opened: a pipe would wait for its other end.
+    FileResult result = qvPlatform::queryFile(from, Links::follow, facts);
+    if (result.good() && facts.kind != FileKind::file)
+        result.outcome = facts.kind == FileKind::directory ? FileOutcome::notUsable : FileOutcome::failed;
+    ScopedDescriptor source;
+    if (result.good())
+        result = qvPlatform::openFile(from, qvPlatform::OpenMode::read, *source);
+    if (result.good())
+        result = qvPlatform::queryDescriptor(*source, facts);
+    ScopedDescriptor target;
+    FileFacts targetFacts;
+    if (result.good())
+        result = overwrite ? qvPlatform::openForWriting(to, qvPlatform::Truncation::keep, *target)
+                           : qvPlatform::openFile(to, qvPlatform::OpenMode::create, *target);
+    if (result.good())
+        result = qvPlatform::queryDescriptor(*target, targetFacts);
+    if (result.good() && targetFacts.identity == facts.identity)
+        result.outcome = FileOutcome::invalid;
+    // Not before it is known to be another file.
+    if (result.good() && targetFacts.kind == FileKind::file && targetFacts.size > 0)
+        result = qvPlatform::emptyDescriptor(*target);
+    if (!result.good())
+        return result;
+    result = fill(source, facts, target, targetFacts);
+    if (!result.good())
+        removeCopy(to, targetFacts);
+    return result;
 }
 
 IString textOf(FileResult result) {
     if (result.systemNumber != 0)
         return qvUtil::systemErrorText(static_cast<unsigned>(result.systemNumber));
-    return IString(result.outcome == FileOutcome::notUsable ? L"Is a directory" : L"The two are the same file");
+    switch (result.outcome) {
+    case FileOutcome::notUsable:
+        return IString(L"Is a directory");
+    case FileOutcome::invalid:
+        return IString(L"The two are the same file");
+    default:
+        return IString(L"Not a file of bytes");
+    }
 }
 
 int numberOfCopying(FileOutcome outcome) {

@@ -11,9 +11,12 @@ namespace qvOS {
 // The four go to the operating system directly, and have numbers of their own. The forms with pointers bring the paths
 // into normal form first; narrow ones are in the multibyte encoding.
 
-/// Copies one file, with its permissions and its date; links are followed. Text "Error copying <from> to <to>: <system
-/// text>" with the number 2 when `from` is not there, 3 when `to` is there and must not be overwritten, and 1
-/// otherwise, so when both are one file. What a failure leaves of the copy is removed.
+/// Copies one file, with its permissions and the date of its last change; links are followed. The copy is never open to
+/// more users than the source; the permission to run as its owner or group goes over only where those are the same.
+/// Text "Error copying <from> to <to>: <system text>" with the number 2 when `from` or the directory of `to` is not
+/// there, 3 when `to` is there and must not be overwritten, and 1 otherwise, so when both are one file, and for a
+/// source that is no plain file. What a failure leaves of the copy is removed, but not through a link. A device or a
+/// pipe as `to` gets the bytes, and stays what it is.
 QV_EXPORT qvUtil::Error fileCopy(Filename const & from, Filename const & to, bool overwrite);
 QV_EXPORT qvUtil::Error fileCopy(char const * from, char const * to, bool overwrite);
 QV_EXPORT qvUtil::Error fileCopy(wchar_t const * from, wchar_t const * to, bool overwrite);
@@ -26,7 +29,8 @@ QV_EXPORT qvUtil::Error fileMove(wchar_t const * from, wchar_t const * to, bool 
 /// Between two directories a fileMove() that overwrites; within one a renaming, which replaces nothing. Failure 6 with
 /// "File or path specified by <to> name not found.", "A component of either path prefix deniessearch permission",
 /// "source is a parent directory of target, or an attempt is made to rename the .  or ..  directory." or "Unkown system
-/// error.", the last when something of the new name is there.
+/// error.", the last when something of the new name is there. (On a file system that cannot refuse to replace, what
+/// takes the name at that very moment is replaced.)
 QV_EXPORT qvUtil::Error fileRename(Filename const & from, Filename const & to);
 QV_EXPORT qvUtil::Error fileRename(char const * from, char const * to);
 QV_EXPORT qvUtil::Error fileRename(wchar_t const * from, wchar_t const * to);

@@ -1,5 +1,6 @@
 #include "Base/OS/qvOSFileTransport.h"
 
+#include "Base/OS/Internal/FileCodes.h"
 #include "Base/OS/Internal/LocalFileTransport.h"
 #include "Base/OS/qvOSFile.h"
 
@@ -10,35 +11,15 @@ using qvUtil::Error;
 
 namespace {
 
-constexpr int fileExists = 2;
-constexpr int endOfFile = 3;
-constexpr int ioProblem = 4;
-constexpr int noOverwrite = 7;
-constexpr int fileIsOpen = 9;
-constexpr int notADirectory = 10;
-
 Error notImplemented() { return Error(-1, "This function is not implemented."); }
 
-IString asDirectory(FileTransport & transport) {
-    IString name = transport.getFullName();
-    if (!name.isEmpty() && name[name.length() - 1] != transport.getSeparator())
-        name.append(transport.getSeparator());
-    return name;
+IString directoryName(FileTransport & transport) {
+    return asDirectory(transport.getFullName(), transport.getSeparator());
 }
 
 bool isSelfOrParent(IString const & name) { return name == L"." || name == L".."; }
 
 LocalFileTransport * asLocal(FileTransport & transport) { return dynamic_cast<LocalFileTransport *>(&transport); }
-
-// Whether a copy would read what it writes: by two names of one file it would empty it, and in a directory that it
-// makes inside itself, or that a link leads back to, it would never end.
-bool wouldMeetItself(FileTransport & from, FileTransport & to) {
-    LocalFileTransport * const source = asLocal(from);
-    LocalFileTransport * const target = asLocal(to);
-    if (source == nullptr || target == nullptr)
-        return false;
-    return source->isSameFileAs(*target) || (source->isDirectory() && source->leadsBack());
-}
 
 // Both are open. The result is the first failure of reading or writing.
 Error copyContents(FileTransport & from, FileTransport & to) {
@@ -50,7 +31,7 @@ Error copyContents(FileTransport & from, FileTransport & to) {
     for (;;) {
         unsigned int count = 0;
         Error const got = from.read(block, sizeof block, &count);
-        if (got && got.num() != endOfFile)
+        if (got && got.num() != code::endOfFile)
             return got;
         if (count > 0) {
             if (Error const put = to.write(block, count, nullptr))
@@ -64,7 +45,7 @@ Error copyContents(FileTransport & from, FileTransport & to) {
 
 Error copyFile(FileTransport & from, FileTransport & to) {
     if (to.open(OpenWrite | OpenCreate))
-        return File::getError(ioProblem);
+        return File::getError(code::ioProblem);
     if (Error const error = from.open(OpenRead | OpenBinary)) {
         static_cast<void>(to.close());
         return error;
@@ -89,21 +70,25 @@ Error FileTransport::makeDirectoryAll() { return notImplemented(); }
 
 Error FileTransport::copyTo(FileTransport & target) {
     if (isOpen() || target.isOpen())
-        return File::getError(fileIsOpen);
-    if (getFullName() == target.getFullName() || wouldMeetItself(*this, target))
-        return File::getError(noOverwrite);
+        return File::getError(code::fileIsOpen);
+    if (getFullName() == target.getFullName())
+        return File::getError(code::noOverwrite);
+    if (LocalFileTransport const * const local = asLocal(*this)) {
+        if (Error const refused = local->refuseCopyTo(asLocal(target)))
+            return refused;
+    }
     if (!isDirectory())
         return copyFile(*this, target);
-    if (Error const error = target.makeDirectory(); error && error.num() != fileExists)
+    if (Error const error = target.makeDirectory(); error && error.num() != code::fileExists)
         return error;
     return recreateDirStructure(target, false);
 }
 
 Error FileTransport::moveTo(FileTransport & target) {
     if (isOpen())
-        return File::getError(fileIsOpen);
+        return File::getError(code::fileIsOpen);
     if (getFullName() == target.getFullName())
-        return File::getError(noOverwrite);
+        return File::getError(code::noOverwrite);
     Error const copied = copyTo(target);
     return copied ? copied : deleteSelf();
 }
@@ -115,11 +100,12 @@ Error FileTransport::queryOwnerGroup(FileStatus & status) {
 }
 
 Error FileTransport::recursiveDeleteSelf() {
-    if (LocalFileTransport const * const local = asLocal(*this); local != nullptr && local->isSymbolicLink())
+    LocalFileTransport * const local = asLocal(*this);
+    if (local != nullptr && local->isSymbolicLink())
         return deleteSelf();
-    IString const directory = asDirectory(*this);
+    IString const directory = directoryName(*this);
     qv::vector<IString> list;
-    if (Error const error = readDir(list, false))
+    if (Error const error = local != nullptr ? local->readOwnDir(list, false) : readDir(list, false))
         return error;
     for (IString const & name : list) {
         if (!isSelfOrParent(name))
@@ -130,16 +116,16 @@ Error FileTransport::recursiveDeleteSelf() {
 
 Error FileTransport::recreateDirStructure(FileTransport & target, bool move) {
     if (!isDirectory() || !target.isDirectory())
-        return File::getError(notADirectory);
+        return File::getError(code::notADirectory);
     LocalFileTransport * const local = asLocal(*this);
     LocalFileTransport * const localTarget = asLocal(target);
     if (local != nullptr && localTarget != nullptr && local->holds(*localTarget))
-        return File::getError(noOverwrite);
+        return File::getError(code::noOverwrite);
     qv::vector<IString> list;
     if (Error const error = readDir(list, false))
         return error;
-    IString const from = asDirectory(*this);
-    IString const to = asDirectory(target);
+    IString const from = directoryName(*this);
+    IString const to = directoryName(target);
     Error first;
     for (IString const & name : list) {
         if (isSelfOrParent(name))

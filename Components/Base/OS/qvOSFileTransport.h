@@ -42,7 +42,8 @@ public:
     virtual qvUtil::Error makeDirectory() = 0;
     /// Creates a directory of a new name, which becomes the transport's own.
     virtual qvUtil::Error makeTempDirectory();
-    /// Creates the directory with all those above it that are missing. Success when it is there.
+    /// Creates the directory with all those above it that are missing. Success when it is there. A name that ends in a
+    /// separator, or has a doubled one, names a directory twice: when that was missing it is made, and gives 2.
     virtual qvUtil::Error makeDirectoryAll();
     /// Gives the names in a directory, as the storage has them, in its own order; with `fullPaths` each behind the
     /// directory's name.
@@ -50,10 +51,13 @@ public:
     /// Copies the contents, of a directory all that is in it, to a transport of any kind; both must be closed. What a
     /// failure leaves of the target stays there. Failures: 9 when one is open; 7 when both have the same name, are two
     /// names of one local file, or the target would lie in the directory itself; those of opening, reading and writing.
-    /// Links are followed, but for one to a directory above it, which gives 7 for this entry.
+    /// Links are followed, but for one to a directory above it, which gives 7 for this entry. A special file of the
+    /// local disk, such as a device or a pipe, is not copied: 4.
     virtual qvUtil::Error copyTo(FileTransport & target);
     /// Copies, and deletes itself when that went well; within one storage a renaming where that can be done. Nothing
-    /// that exists is replaced by a renaming. Failures: those of copyTo() and deleteSelf(), 18 when there is nothing.
+    /// that exists is replaced by a renaming. Failures: those of copyTo() and deleteSelf(), 18 when there is nothing. A
+    /// directory that is copied, to another disk or into an existing one, is deleted only when it is empty: otherwise
+    /// both are there, and the result is 13.
     virtual qvUtil::Error moveTo(FileTransport & target);
     /// Deletes the file, or the directory, which must be empty (13).
     virtual qvUtil::Error deleteSelf() = 0;
@@ -72,7 +76,8 @@ public:
     virtual qvUtil::Error queryOwnerGroup(FileStatus & status);
 
     /// Deletes a directory with everything in it, as far as possible: what resists is left, and then the directory
-    /// gives 13. Symbolic links are removed, not followed.
+    /// gives 13. Symbolic links are removed, not followed, also by a name with a separator at its end; but whoever
+    /// exchanges a directory on the way for a link meanwhile leads the deletion elsewhere.
     qvUtil::Error recursiveDeleteSelf();
     /// Copies, or moves, all entries of this directory into another one. A failure stops nothing, and the first one is
     /// the result. 10 when one of the two is no directory.

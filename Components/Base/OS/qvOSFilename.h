@@ -13,8 +13,9 @@ namespace qvOS {
 /// asked for first. Nothing here looks at the disk but setCwd(), getCwd() and makeDir(), and a relative path stays
 /// relative.
 ///
-/// Drives (`C:`) and network names (`\\server\share`) are understood on every platform. With the separator `/`, which
-/// is the one of this platform, a backslash in a name becomes a `/`.
+/// Drives (`C:`) are understood on every platform, and network names (`\\server\share`) in values whose separator is
+/// `\` and in joined paths that carry them. With the separator `/`, which is the one of this platform, a backslash in a
+/// name becomes a `/`, and the network name an ordinary path.
 ///
 /// Distinct values are independent. Several threads may read one value only after one of the part accessors has run;
 /// their references stay valid until the value changes.

@@ -23,6 +23,7 @@ Error Filesystem::stat() {
         size_ = static_cast<unsigned int>(facts.size / bytesPerBlock);
         avail_ = static_cast<unsigned int>(facts.avail / bytesPerBlock);
     }
+    // A network name begins so only where the separator is a backslash.
     IString const prefix = Filename(filename_).prefix();
     isRemote_ = prefix.find(L"\\\\") == 0 || facts.isRemote;
     if (result.good())

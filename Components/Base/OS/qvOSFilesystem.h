@@ -9,7 +9,7 @@ namespace qvOS {
 
 /// The figures of a file system. Everything but the name is 0 until stat() has run.
 ///
-///     qvOS::Filesystem disk(L"/home/projects");
+///     qvOS::Filesystem disk(L"/home/projects/");
 ///     if (!disk.stat() && disk.avail() < neededKilobytes) ...
 class QV_EXPORT Filesystem {
 public:
@@ -26,7 +26,7 @@ public:
     /// Of the whole disk, and what this process may still fill; both in blocks, cut to 32 bits.
     unsigned int size() const { return size_; }
     unsigned int avail() const { return avail_; }
-    /// Whether the disk belongs to another machine: by a network name, or as the system says.
+    /// Whether the disk belongs to another machine, as the system says; a network name tells it where `\` separates.
     bool isRemote() const { return isRemote_; }
 
 private:

@@ -1,5 +1,6 @@
 #include "Base/OS/qvOSProtectedWrite.h"
 
+#include "Base/OS/Internal/ScopedDescriptor.h"
 #include "Base/OS/qvOSFile.h"
 #include "Base/OS/qvOSFileOperations.h"
 #include "Base/OS/qvOSTemporaryFiles.h"
@@ -10,6 +11,8 @@
 namespace qvOS {
 
 using qvPlatform::FileFacts;
+using qvPlatform::FileKind;
+using qvPlatform::FileResult;
 using qvPlatform::Links;
 using qvString::IString;
 
@@ -29,13 +32,26 @@ FileStatus statusOf(Filename const & name) {
 // Leaves no file of that name; false when it resists.
 bool makeRoom(Filename const & name) { return !doesFileExist(name) || !fileDelete(name); }
 
+bool isOneDirectory(Filename const & a, Filename const & b) { return a.dirname() == b.dirname(); }
+
+// On stable storage, with the permissions of the model if there is one.
+bool makeDurable(Filename const & name, FileFacts const * model) {
+    ScopedDescriptor file;
+    if (!qvPlatform::openFile(name.name(), qvPlatform::OpenMode::read, *file).good())
+        return false;
+    if (model != nullptr)
+        static_cast<void>(qvPlatform::setPermissions(*file, *model));
+    bool const isSynced = qvPlatform::syncDescriptor(*file).good();
+    return file.close().good() && isSynced;
+}
+
 // Within a directory a renaming. Between two, a copy that is on stable storage before the source is deleted.
 bool move(Filename const & from, Filename const & to) {
-    if (from.dirname() == to.dirname())
+    if (isOneDirectory(from, to))
         return !fileRename(from, to);
-    if (fileCopy(from, to, true) || !qvPlatform::syncFile(to.name()).good())
+    if (fileCopy(from, to, true) || !makeDurable(to, nullptr))
         return false;
-    qvPlatform::syncDirectory(to.dirname());
+    static_cast<void>(qvPlatform::syncDirectory(to.dirname()));
     static_cast<void>(fileDelete(from));
     return true;
 }
@@ -54,10 +70,7 @@ bool ProtectedWrite::init() {
         return status_ == StatusOk;
     initialized_ = true;
     useCopy_ = useCopy_ || environmentWantsCopies();
-    resolveLink();
-    FileStatus const main = statusOf(target());
-    if (main.exists() && (!main.isWritable() || main.isDirectory()))
-        status_ = StatusNotWritable;
+    lookAtMain();
     if (status_ == StatusOk && useCopy_)
         prepareTempDirectory();
     if (status_ != StatusOk)
@@ -74,15 +87,21 @@ bool ProtectedWrite::init() {
     return status_ == StatusOk;
 }
 
-void ProtectedWrite::resolveLink() {
+// Only a file can be renamed away and replaced by a file: a device would be lost.
+void ProtectedWrite::lookAtMain() {
     FileFacts facts;
-    if (!qvPlatform::queryFile(main_.name(), Links::keep, facts).good() ||
-        facts.kind != qvPlatform::FileKind::symbolicLink)
-        return;
-    IString resolved;
-    if (qvPlatform::resolvedName(main_.name(), resolved).good())
+    FileResult asked = qvPlatform::queryFile(main_.name(), Links::keep, facts);
+    if (asked.good() && facts.kind == FileKind::symbolicLink) {
+        IString resolved;
+        asked = qvPlatform::resolvedName(main_.name(), resolved);
+        if (asked.good())
+            asked = qvPlatform::queryFile(resolved, Links::keep, facts);
         resolved_ = Filename(resolved);
-    else
+        // A name that has another normal form is that of another file.
+        if (!asked.good() || resolved_.name() != resolved)
+            status_ = StatusNotWritable;
+    }
+    if (asked.good() && (facts.kind != FileKind::file || !qvPlatform::mayWrite(target().name())))
         status_ = StatusNotWritable;
 }
 
@@ -102,47 +121,41 @@ bool ProtectedWrite::finalize() {
         status_ = StatusInvalidated;
     if (status_ == StatusOk && !doesFileExist(temp_))
         status_ = StatusNoNewFile;
-    if (status_ == StatusOk)
-        swapIn();
-    clearAway();
+    bool const isMainWhole = status_ != StatusOk || swapIn();
+    if (doesFileExist(temp_))
+        static_cast<void>(fileDelete(temp_));
+    // It is kept while it may hold the last whole contents.
+    if (isMainWhole && doesFileExist(backup_))
+        static_cast<void>(fileDelete(backup_));
     return status_ == StatusOk;
 }
 
-void ProtectedWrite::swapIn() {
+bool ProtectedWrite::swapIn() {
     FileFacts facts;
-    qvPlatform::FileResult const asked = qvPlatform::queryFile(target().name(), Links::follow, facts);
+    FileResult const asked = qvPlatform::queryFile(target().name(), Links::follow, facts);
     bool const hasMain = asked.good();
-    if (!hasMain && asked.outcome != qvPlatform::FileOutcome::notFound) {
+    if (hasMain ? facts.kind != FileKind::file : asked.outcome != qvPlatform::FileOutcome::notFound) {
         status_ = StatusNoBackup;
-        return;
+        return true;
     }
-    if (hasMain)
-        qvPlatform::setPermissions(temp_.name(), facts.permissions);
-    if (!qvPlatform::syncFile(temp_.name()).good()) {
+    if (!makeDurable(temp_, hasMain ? &facts : nullptr)) {
         status_ = StatusNotWritable;
-        return;
+        return true;
     }
     if (hasMain && !move(target(), backup_)) {
         status_ = StatusNoBackup;
-        return;
+        return true;
     }
+    bool isMainWhole = true;
     if (!move(temp_, target())) {
         status_ = StatusNotWritable;
-        // Only what is whole in the backup makes room for it.
-        if (hasMain) {
+        // Where nothing was replaced, only a copy has left something: what a renaming met is somebody else's.
+        if (hasMain || !isOneDirectory(temp_, target()))
             static_cast<void>(fileDelete(target()));
-            static_cast<void>(move(backup_, target()));
-        }
+        isMainWhole = !hasMain || move(backup_, target());
     }
-    qvPlatform::syncDirectory(target().dirname());
-}
-
-// The backup is kept while it may hold the last whole contents.
-void ProtectedWrite::clearAway() {
-    if (doesFileExist(temp_))
-        static_cast<void>(fileDelete(temp_));
-    if (doesFileExist(backup_) && doesFileExist(target()))
-        static_cast<void>(fileDelete(backup_));
+    static_cast<void>(qvPlatform::syncDirectory(target().dirname()));
+    return isMainWhole;
 }
 
 } // namespace qvOS

@@ -8,7 +8,8 @@
 namespace qvOS {
 
 /// The caller writes the new contents to a temporary file beside the real one, and finalize() swaps it in through a
-/// backup. The contents are on stable storage before they get the name, and the directory when finalize() returns.
+/// backup. The contents are on stable storage before they get the name, and the directory when finalize() returns,
+/// where it can be synced: that it cannot is no failure.
 ///
 ///     qvOS::ProtectedWrite saving(document);
 ///     if (!saving.init())
@@ -22,18 +23,22 @@ namespace qvOS {
 /// during finalize(), the old file, or the old one under the backup's name with the new one whole beside it, or the new
 /// one. The names are fresh each time, and nothing looks for such leftovers.
 ///
-/// The permission bits of the file stay. Where its name is a symbolic link, what the link leads to is replaced; a link
-/// that leads to nothing, and a directory, count as not writable. Two at once on one file are not provided for.
+/// The permission bits of the file stay, those to run as another user only where the new file has the same owner and
+/// group; until finalize() the new contents have the permissions that their writer gave them. Where the name is a
+/// symbolic link, what the link leads to is replaced. A link that leads to nothing, and whatever is there and is no
+/// plain file, such as a directory, a device or a pipe, count as not writable. Two at once on one file are not
+/// provided for.
 ///
 /// With the copy strategy the temporary file and the backup lie in the temporary directory and are copied, for
-/// directories in which no file can be made; then each of the three files may be partial at some point, but never all.
+/// directories in which no file can be made; then each of the three files may be partial at some point, but never all,
+/// and a failure leaves the backup unless the file itself is known to be whole.
 /// It is in force when useCopyStrategy() was called before init(), or when the environment has
 /// ORVEN_PROTECTED_WRITE_USE_COPY, which is looked at once.
 class QV_EXPORT ProtectedWrite {
 public:
     enum status {
         StatusOk = 0,               ///< no failure so far
-        StatusNotWritable = 1,      ///< the file cannot be written, or the new contents did not reach its name
+        StatusNotWritable = 1,      ///< it is no file that can be written, or the new contents did not reach its name
         StatusNoTempDirectory = 2,  ///< the temporary directory is missing and cannot be made
         StatusBadTempDirectory = 3, ///< it is no directory
         StatusOldTempFile = 4,      ///< a file of a name that is needed cannot be deleted
@@ -65,10 +70,10 @@ public:
 
 private:
     QV_NO_EXPORT Filename const & target() const { return resolved_.name().isEmpty() ? main_ : resolved_; }
-    QV_NO_EXPORT void resolveLink();
+    QV_NO_EXPORT void lookAtMain();
     QV_NO_EXPORT void prepareTempDirectory();
-    QV_NO_EXPORT void swapIn();
-    QV_NO_EXPORT void clearAway();
+    // Whether what lies under the name then is whole, the old or the new.
+    QV_NO_EXPORT bool swapIn();
 
     Filename main_;
     Filename temp_;

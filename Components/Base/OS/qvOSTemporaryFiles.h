@@ -15,7 +15,8 @@ QV_EXPORT Filename getTempDirectory();
 /// ago; nothing keeps others from taking it, and no file is made. When the directory takes no file, the name begins at
 /// the root and has neither prefix nor digits.
 QV_EXPORT Filename createTmpFilename(qvString::IString suffix, wchar_t const * prefix);
-/// The same in a directory of the caller's, with "recover" for a null `prefix`.
+/// The same in a directory of the caller's, with "recover" for a null `prefix`. For the current directory pass ".":
+/// with an empty path, as Filename::dirname() gives for a bare name, the result lies in the root.
 QV_EXPORT Filename createNewFilenameVariant(Filename directory, wchar_t const * prefix, qvString::IString suffix);
 
 /// Deletes files in a directory, not in those below it, that the programs of the family left there more than seven days

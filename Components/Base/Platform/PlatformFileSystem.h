@@ -28,12 +28,12 @@ qvString::IString nameFromSystem(char const * bytes);
 enum class OpenMode {
     read,   // the file must exist
     write,  // created, or emptied
-    create, // write; `exists` when there is anything of that name
+    create, // write; `exists` when there is anything of that name; for its owner only
     update, // read and write; the file must exist, and keeps its contents
     append  // read and write, everything at the end; created when missing
 };
 
-// A new file gets the permissions that the user's mask leaves.
+// A new file gets the permissions that the user's mask leaves, but where the mode tells others.
 FileResult openFile(qvString::IString const & name, OpenMode mode, Descriptor & descriptor);
 
 // Leaves what was written through the descriptor on stable storage.
@@ -41,6 +41,9 @@ FileResult syncDescriptor(Descriptor descriptor);
 // The same for a file by its name, and for the entries of a directory.
 FileResult syncFile(qvString::IString const & name);
 FileResult syncDirectory(qvString::IString const & name);
+
+// Takes all bytes out of a file that is open for writing.
+FileResult emptyDescriptor(Descriptor descriptor);
 
 // ---- What a name leads to
 
@@ -62,10 +65,13 @@ struct FileIdentity {
 struct FileFacts {
     FileKind kind = FileKind::other;
     FileIdentity identity;
-    std::int64_t size = 0;             // bytes
-    std::int64_t creationTime = 0;     // seconds since 1970; that of the last change where none is kept
-    std::int64_t modificationTime = 0; // seconds since 1970
-    std::uint32_t permissions = 0;     // of the binding's own meaning
+    std::int64_t size = 0;                     // bytes
+    std::int64_t creationTime = 0;             // seconds since 1970; that of the last change where none is kept
+    std::int64_t modificationTime = 0;         // seconds since 1970
+    std::uint32_t modificationNanoseconds = 0; // behind that second
+    std::uint32_t permissions = 0;             // of the binding's own meaning, and so the two below
+    std::uint32_t owner = 0;
+    std::uint32_t group = 0;
 };
 
 FileResult queryFile(qvString::IString const & name, Links links, FileFacts & facts);
@@ -79,8 +85,8 @@ bool mayWrite(qvString::IString const & name);
 FileResult queryOwner(qvString::IString const & name, qvString::IString & owner, qvString::IString & group);
 
 // Appends the bare names in the order of the system, "." and ".." among them. An empty name is the current directory.
-// notUsable where the name leads to something that is no directory.
-FileResult listDirectory(qvString::IString const & name, qv::vector<qvString::IString> & list);
+// notUsable where the name leads to something that is no directory; so is a link that is kept.
+FileResult listDirectory(qvString::IString const & name, Links links, qv::vector<qvString::IString> & list);
 
 // ---- Changing it
 
@@ -90,16 +96,22 @@ FileResult makeDirectory(qvString::IString const & name);
 FileResult removeDirectory(qvString::IString const & name);
 // A file, or a symbolic link itself.
 FileResult removeFile(qvString::IString const & name);
-// Never replaces anything: the outcome is `exists` then. `invalid` tells a directory that would go into itself.
+// Never replaces anything: the outcome is `exists` then. `invalid` tells a directory that would go into itself. On a
+// file system that cannot refuse by itself it asks first, and what gets the name between the two steps is replaced.
 FileResult renameFile(qvString::IString const & from, qvString::IString const & to);
 
 // Takes the place of a file that is there, in one step.
 FileResult replaceFile(qvString::IString const & from, qvString::IString const & to);
 
-FileResult setModificationTime(qvString::IString const & name, std::int64_t seconds);
-FileResult setPermissions(qvString::IString const & name, std::uint32_t permissions);
+// The three give an open file what is known of another, the model.
+FileResult setModificationTime(Descriptor descriptor, FileFacts const & model);
+// That a program runs as its owner or group goes over only where these are the model's.
+FileResult setPermissions(Descriptor descriptor, FileFacts const & model);
+// Takes away what the model does not allow to others than the owner. `own` is what the file has.
+FileResult narrowPermissions(Descriptor descriptor, FileFacts const & own, FileFacts const & model);
 
-// Copies all of one file to the begin of another, both just opened; holes stay holes where the system can tell them.
+// Copies all of one file to the begin of another, both just opened and the other empty; holes stay holes where the
+// system can tell them. A file that ends before its size, as some that the system makes up do, ends there in the copy.
 FileResult copyDescriptor(Descriptor from, Descriptor to);
 
 // ---- Places
@@ -126,6 +138,9 @@ enum class Access {
 // ".tmp".
 FileResult makeUniqueFile(qvString::IString const & directory, qvString::IString const & prefix, Access access,
                           qvString::IString & name);
+// The same, and leaves it open for reading and writing.
+FileResult makeUniqueFile(qvString::IString const & directory, qvString::IString const & prefix, Access access,
+                          qvString::IString & name, Descriptor & descriptor);
 
 struct FileSystemFacts {
     std::uint64_t size = 0;  // bytes

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <numeric>
-#include <utility>
 
 namespace qvUtil {
 
@@ -16,8 +15,7 @@ Ordering::Ordering(Ordering const & other) {
 
 Ordering & Ordering::operator=(Ordering const & other) {
     Ordering copy(other);
-    std::swap(indices_, copy.indices_);
-    std::swap(size_, copy.size_);
+    swap(copy);
     return *this;
 }
 

@@ -6,6 +6,8 @@
 #include "Base/Threads/qvUtilSmpSort.h"
 #include "Base/qvBaseConfig.h"
 
+#include <utility>
+
 namespace qvUtil {
 
 /// A permutation of the numbers 0 to n - 1: the places of another array's elements in the order of a sort.
@@ -34,11 +36,13 @@ public:
     ~Ordering();
 
     /// Becomes the order of `n` values, at most 2^31 - 1, starting over whatever it was before. Uses the installed
-    /// thread pool. Equal values come in any order. std::bad_alloc leaves it as it was.
+    /// thread pool. Equal values come in any order. When it throws, or the comparison does, it stays as it was.
     template <typename T, typename Compare>
     void sort(T const * values, unsigned n, Compare compare) {
-        resize(n);
-        smpSort(indices_, indices_ + n, IndexedBinaryPredicate<T, Compare>(values, compare));
+        Ordering sorted;
+        sorted.resize(n);
+        smpSort(sorted.indices_, sorted.indices_ + n, IndexedBinaryPredicate<T, Compare>(values, compare));
+        swap(sorted);
     }
 
     unsigned size() const { return size_; }
@@ -48,6 +52,10 @@ public:
 
 private:
     void resize(unsigned n);
+    void swap(Ordering & other) noexcept {
+        std::swap(indices_, other.indices_);
+        std::swap(size_, other.size_);
+    }
 
     int * indices_ = nullptr;
     unsigned size_ = 0;

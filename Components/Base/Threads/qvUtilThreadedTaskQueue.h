@@ -11,7 +11,8 @@ class Progress;
 class ThreadedTask;
 
 /// Runs tasks and their children. Unless another queue is installed, everything runs on the caller's thread, inside
-/// submit(). What every queue keeps to:
+/// submit(). Whoever uses it calls acquire(), then submit() as often as there is something to do, then wait() if all of
+/// that has to be done before it goes on, and release() at the end. What every queue keeps to:
 ///
 /// For each task it calls preExecute(0), preExecute(1) and so on until one gives null, and runs each task that it is
 /// given the same way; all of them are complete before the task's execute(threadIndex), which is left out after
@@ -31,12 +32,13 @@ class QV_EXPORT ThreadedTaskQueue {
 public:
     virtual ~ThreadedTaskQueue();
 
+    /// Begins a job: comes before its first submit(), and is answered by one release().
     virtual void acquire() = 0;
     /// The task, made with new, is the queue's from here on. Null is ignored.
     virtual void submit(ThreadedTask * task) = 0;
     /// Until everything is done.
     virtual void wait() = 0;
-    /// Forgets the cancel object, and lets a cancel count again.
+    /// Ends the job: forgets the cancel object, and lets a cancel count again.
     virtual void release() = 0;
     /// How many threads can run execute().
     virtual int getNumThreads() = 0;

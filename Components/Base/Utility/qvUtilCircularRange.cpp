@@ -26,7 +26,8 @@ struct Arc {
         count = std::min<Wide>(range.size(), modulus);
     }
 
-    bool isFull() const { return count == modulus; }
+    // Without a circle there are no values, and no value is missing either: that is not full.
+    bool isFull() const { return count > 0 && count == modulus; }
     // How far a value lies behind the start.
     Wide offsetOf(Wide value) const { return reduced(value - begin, modulus); }
     // `length` values from the offset on.

@@ -22,8 +22,8 @@ QV_EXPORT int pack(qv::vector<IntRange2d> & items, IntRange2d const & bin);
 
 /// Chooses the bin: sorts the items by their larger side (with the installed thread pool) and enlarges a bin that could
 /// just hold their area until they fit. The items get their places where they stand in the vector. The result lies at
-/// 0, 0; with `powerOfTwo` its sides are powers of two, without it is the smallest square around what was placed. No
-/// items give an empty range.
+/// 0, 0; with `powerOfTwo` its sides are powers of two (one that would be above 2^30 is INT_MAX), without it is the
+/// smallest square around what was placed. No items give an empty range.
 ///
 /// A bin that would outgrow an int is not enlarged any more: what does not fit keeps its min, and `*left`, if it is
 /// given, gets the area of that, which is 0 otherwise.

@@ -136,9 +136,10 @@ private:
 };
 
 Progress::Progress() : impl_(new RootProgress(this)) {}
-Progress::~Progress() { impl_->finish(); }
 
-// A callback may make the handle's node another one, or end the handle: calls that emit hold the node meanwhile.
+// A callback may make the handle's node another one, or end the handle: what emits holds the node meanwhile.
+Progress::~Progress() { qv::Reference<Impl>(impl_)->finish(); }
+
 void Progress::set(double value) { qv::Reference<Impl>(impl_)->set(value); }
 double Progress::get() const { return impl_->get(); }
 

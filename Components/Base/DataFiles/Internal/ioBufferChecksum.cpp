@@ -127,7 +127,7 @@ int ioBufferChecksum::serveKept(char * bytes, int count) {
 }
 
 int ioBufferChecksum::readFrame(char * bytes, int count) {
-    char header[headerSize];
+    char header[headerSize] = {};
     int const headerRead = next()->read(header, headerSize);
     if (headerRead == 0 && !next()->good()) {
         promoteStatus(ioBufferEnds::included);

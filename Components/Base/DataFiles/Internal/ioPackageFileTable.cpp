@@ -3,6 +3,8 @@
 
 #include "Base/DataFiles/ioPackageFile.h"
 
+#include <cstring>
+#include <string>
 #include <utility>
 
 using qvString::IString;
@@ -10,6 +12,14 @@ using qvString::IString;
 namespace {
 
 bool isEndMarker(IString const & name) { return name == L"."; }
+
+// In a name a byte order mark is a character like others.
+void assignName(IString & to, char const * bytes) {
+    if (std::strncmp(bytes, "\xEF\xBB\xBF", 3) != 0)
+        to.assign(bytes, qvString::UTF8);
+    else
+        to = IString((std::string(".") + bytes).c_str(), qvString::UTF8).substr(1);
+}
 
 } // namespace
 
@@ -28,20 +38,20 @@ ioPackageFileEntry const * ioPackageFile::getEntry(int index) const {
 // Takes one record as it is; takeRecords() judges them all.
 void ioPackageFile::appendEntry(char const * name, std::int64_t offset, std::int64_t size, std::int64_t timestamp,
                                 bool compressed) {
-    ioPackageFileEntry entry(this);
-    entry.name_ = IString(name, qvString::UTF8);
+    ioPackageFileEntry & entry = entries_.emplace_back(this);
+    assignName(entry.name_, name);
     entry.offset_ = offset;
     entry.size_ = size;
     entry.timestamp_ = timestamp;
     entry.compressed_ = compressed;
-    entries_.append(std::move(entry));
     places_.append(nullptr);
     dirty_ = true;
 }
 
 // Whether the records that were read are a table whose data region ends at `end`.
 bool ioPackageFile::takeRecords(std::int64_t end) {
-    if (findFault(end) != nullptr)
+    directoryFault_ = findFault(end);
+    if (directoryFault_ != nullptr)
         return false;
     // Neighbours that are both free become one.
     int kept = 0;
@@ -59,8 +69,10 @@ bool ioPackageFile::takeRecords(std::int64_t end) {
     entries_.erase(entries_.begin() + kept, entries_.end());
     places_.setSize(kept);
     for (int i = 0; i + 1 < kept; ++i)
-        if (!entries_[i].name_.isEmpty() && !enterName(i, entries_[i].name_))
+        if (!entries_[i].name_.isEmpty() && !enterName(i, entries_[i].name_)) {
+            directoryFault_ = "two records have one name";
             return false;
+        }
     entries_.back().size_ = -1;
     return true;
 }
@@ -108,9 +120,11 @@ char const * ioPackageFile::validate() const {
 
 // ---- Changes
 
-// False when the name is there already.
+// False when the name is there already. Names mostly come in their order.
 bool ioPackageFile::enterName(int index, IString const & name) {
-    auto const [place, isNew] = directory_.try_emplace(name, index);
+    int const before = directory_.size();
+    auto const place = directory_.try_emplace(directory_.end(), name, index);
+    bool const isNew = directory_.size() > before;
     if (isNew)
         places_[index] = &place->second;
     return isNew;

@@ -35,15 +35,14 @@ void PackageReadContext::readEntry() {
     // A record builds no object. One that claims to would wait for its definition for ever.
     if (context.getPacketReference() != 0)
         return context.badPacket();
-    char const * const text = context.readCString();
-    // The text is good until the next field is read in the forms of text.
-    qvString::CString const name(text);
+    // In the binary forms, and only those are read, a text is good until the end of its packet.
+    char const * const name = context.readCString();
     std::int64_t const offset = context.readInt64();
     std::int64_t const size = context.readInt64();
     std::int64_t const timestamp = context.readInt64();
     bool const compressed = context.readBool();
     if (!context.isPacketBad()) {
-        package_.appendEntry(name.asChar(), offset, size, timestamp, compressed);
+        package_.appendEntry(name, offset, size, timestamp, compressed);
     }
 }
 

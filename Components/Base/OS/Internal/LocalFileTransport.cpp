@@ -1,5 +1,6 @@
 #include "Base/OS/Internal/LocalFileTransport.h"
 
+#include "Base/OS/Internal/FileCodes.h"
 #include "Base/OS/qvOSFile.h"
 #include "Base/OS/qvOSFilename.h"
 #include "Base/OS/qvOSTemporaryFiles.h"
@@ -11,25 +12,15 @@
 namespace qvOS {
 
 using qvPlatform::FileFacts;
+using qvPlatform::FileIdentity;
 using qvPlatform::FileKind;
 using qvPlatform::FileOutcome;
 using qvPlatform::FileResult;
+using qvPlatform::Links;
 using qvString::IString;
 using qvUtil::Error;
 
 namespace {
-
-enum Code {
-    success = 0,
-    fileExists = 2,
-    endOfFile = 3,
-    ioProblem = 4,
-    noOverwrite = 7,
-    pathTooLong = 12,
-    notEmpty = 13,
-    errSyscall = 14,
-    noSuchFile = 18
-};
 
 // What opening and creating tell apart.
 Error errorOfOpening(FileResult result) {
@@ -37,18 +28,18 @@ Error errorOfOpening(FileResult result) {
     case FileOutcome::good:
         return Error();
     case FileOutcome::notFound:
-        return File::getError(noSuchFile);
+        return File::getError(code::noSuchFile);
     case FileOutcome::exists:
-        return File::getError(fileExists);
+        return File::getError(code::fileExists);
     default:
-        return File::getError(ioProblem);
+        return File::getError(code::ioProblem);
     }
 }
 
 Error errorOfMaking(FileResult result) {
     if (result.good())
         return Error();
-    return File::getError(result.outcome == FileOutcome::exists ? fileExists : ioProblem);
+    return File::getError(result.outcome == FileOutcome::exists ? code::fileExists : code::ioProblem);
 }
 
 // Nothing when the bits name no way to open a file.
@@ -79,14 +70,6 @@ IString copyOf(IString const & text) {
     return copy;
 }
 
-// With a separator at its end, unless it is empty.
-IString asDirectory(IString const & name) {
-    IString directory = copyOf(name);
-    if (!directory.isEmpty() && directory[directory.length() - 1] != Filename::separator())
-        directory.append(Filename::separator());
-    return directory;
-}
-
 IString temporaryBase(IString const & name) {
     IString directory = copyOf(Filename(name).dirname());
     if (directory.isEmpty())
@@ -95,6 +78,13 @@ IString temporaryBase(IString const & name) {
 }
 
 } // namespace
+
+IString asDirectory(IString const & name, wchar_t separator) {
+    IString directory = copyOf(name);
+    if (!directory.isEmpty() && directory[directory.length() - 1] != separator)
+        directory.append(separator);
+    return directory;
+}
 
 LocalFileTransport::LocalFileTransport(IString const & name) { name_.assign(name); }
 
@@ -106,42 +96,40 @@ Error LocalFileTransport::read(void * buffer, unsigned int size, unsigned int * 
     if (count != nullptr)
         *count = 0;
     if (!stream_.isOpen())
-        return File::getError(ioProblem);
+        return File::getError(code::ioProblem);
     qvPlatform::TransferResult const got = stream_.read(static_cast<char *>(buffer), size);
     if (count != nullptr)
         *count = static_cast<unsigned int>(got.count);
     if (!got.result.good())
-        return File::getError(ioProblem);
-    return stream_.isAtEnd() ? File::getError(endOfFile) : Error();
+        return File::getError(code::ioProblem);
+    return stream_.isAtEnd() ? File::getError(code::endOfFile) : Error();
 }
 
 Error LocalFileTransport::write(void const * buffer, unsigned int size, unsigned int * count) {
     if (count != nullptr)
         *count = 0;
     if (!stream_.isOpen())
-        return File::getError(ioProblem);
+        return File::getError(code::ioProblem);
     qvPlatform::TransferResult const put = stream_.write(static_cast<char const *>(buffer), size);
     if (count != nullptr)
         *count = static_cast<unsigned int>(put.count);
-    return put.count == size ? Error() : File::getError(ioProblem);
+    return put.count == size ? Error() : File::getError(code::ioProblem);
 }
 
 Error LocalFileTransport::copyContentsTo(LocalFileTransport & target) {
     FileResult const copied = qvPlatform::copyDescriptor(stream_.descriptor(), target.stream_.descriptor());
-    return copied.good() ? Error() : File::getError(ioProblem);
+    return copied.good() ? Error() : File::getError(code::ioProblem);
 }
 
 // ---- Opening
 
-Error LocalFileTransport::openAs(int mode) {
+Error LocalFileTransport::open(int mode) {
     std::optional<qvPlatform::OpenMode> const wanted = systemMode(mode);
     stream_.close();
     if (!wanted.has_value())
-        return File::getError(ioProblem);
+        return File::getError(code::ioProblem);
     return errorOfOpening(stream_.open(name_, *wanted));
 }
-
-Error LocalFileTransport::open(int mode) { return openAs(mode); }
 
 Error LocalFileTransport::openTemp(int mode) {
     constexpr int attempts = 10;
@@ -149,7 +137,7 @@ Error LocalFileTransport::openTemp(int mode) {
     std::optional<qvPlatform::OpenMode> const wanted = systemMode(mode);
     stream_.close();
     if (!wanted.has_value())
-        return File::getError(ioProblem);
+        return File::getError(code::ioProblem);
     IString const directory = temporaryBase(name_);
     IString base = copyOf(name_);
     FileResult result;
@@ -226,15 +214,23 @@ Error LocalFileTransport::makeDirectoryAll() {
 }
 
 Error LocalFileTransport::readDir(qv::vector<IString> & list, bool fullPaths) {
+    return listEntries(Links::follow, list, fullPaths);
+}
+
+Error LocalFileTransport::readOwnDir(qv::vector<IString> & list, bool fullPaths) {
+    return listEntries(Links::keep, list, fullPaths);
+}
+
+Error LocalFileTransport::listEntries(Links links, qv::vector<IString> & list, bool fullPaths) const {
     list.clear();
-    IString const directory = asDirectory(name_);
+    IString const directory = asDirectory(name_, Filename::separator());
     if (directory.length() > static_cast<unsigned>(Filename::maxLength()))
-        return File::getError(pathTooLong);
-    FileResult const result = qvPlatform::listDirectory(directory, list);
+        return File::getError(code::pathTooLong);
+    FileResult const result = qvPlatform::listDirectory(links == Links::keep ? entryName() : directory, links, list);
     if (result.outcome == FileOutcome::notFound)
         return Error();
     if (!result.good())
-        return File::getError(ioProblem);
+        return File::getError(code::ioProblem);
     if (fullPaths)
         for (IString & name : list)
             name.prepend(directory);
@@ -250,21 +246,24 @@ Error LocalFileTransport::moveTo(FileTransport & target) {
         return error;
     static_cast<void>(target.query(others));
     if (!own.exists() && !isSymbolicLink())
-        return File::getError(noSuchFile);
+        return File::getError(code::noSuchFile);
     if (transportId() == target.transportId() && (isDirectory() == target.isDirectory() || !others.exists()) &&
-        qvPlatform::renameFile(name_, target.getFullName()).good())
+        qvPlatform::renameFile(entryName(), target.getFullName()).good())
         return Error();
     return FileTransport::moveTo(target);
 }
 
 Error LocalFileTransport::deleteSelf() {
-    if (isDirectory() && !isSymbolicLink()) {
-        FileResult const removed = qvPlatform::removeDirectory(name_);
-        if (removed.good())
-            return Error();
-        return File::getError(removed.outcome == FileOutcome::notEmpty ? notEmpty : ioProblem);
-    }
-    return qvPlatform::removeFile(name_).good() ? Error() : File::getError(ioProblem);
+    FileResult removed;
+    if (!isDirectory())
+        removed = qvPlatform::removeFile(name_);
+    else if (isSymbolicLink())
+        removed = qvPlatform::removeFile(entryName());
+    else
+        removed = qvPlatform::removeDirectory(name_);
+    if (removed.good())
+        return Error();
+    return File::getError(removed.outcome == FileOutcome::notEmpty ? code::notEmpty : code::ioProblem);
 }
 
 // ---- What it is
@@ -277,7 +276,7 @@ bool LocalFileTransport::isDirectory() {
         if (length > 1 && name[length - 1] == Filename::separator() && !isDriveRoot)
             name.erase(length - 1);
         FileFacts facts;
-        if (qvPlatform::queryFile(name, qvPlatform::Links::follow, facts).good()) {
+        if (qvPlatform::queryFile(name, Links::follow, facts).good()) {
             directoryKnown_ = true;
             directoryValue_ = facts.kind == FileKind::directory;
         }
@@ -285,26 +284,43 @@ bool LocalFileTransport::isDirectory() {
     return directoryKnown_ && directoryValue_;
 }
 
+IString LocalFileTransport::entryName() const {
+    unsigned length = name_.length();
+    while (length > 1 && name_[length - 1] == Filename::separator())
+        --length;
+    IString name = copyOf(name_);
+    name.erase(length);
+    return name;
+}
+
 bool LocalFileTransport::isSymbolicLink() const {
     FileFacts facts;
-    return qvPlatform::queryFile(name_, qvPlatform::Links::keep, facts).good() && facts.kind == FileKind::symbolicLink;
+    return qvPlatform::queryFile(entryName(), Links::keep, facts).good() && facts.kind == FileKind::symbolicLink;
 }
 
 bool LocalFileTransport::isThere(bool & isRealDirectory) const {
     FileFacts facts;
-    bool isKnown = qvPlatform::queryFile(name_, qvPlatform::Links::keep, facts).good();
+    bool isKnown = qvPlatform::queryFile(name_, Links::keep, facts).good();
     isRealDirectory = isKnown && facts.kind == FileKind::directory;
     if (isKnown && facts.kind == FileKind::symbolicLink)
-        isKnown = qvPlatform::queryFile(name_, qvPlatform::Links::follow, facts).good();
+        isKnown = qvPlatform::queryFile(name_, Links::follow, facts).good();
     return isKnown && (facts.kind == FileKind::directory || facts.kind == FileKind::file);
 }
 
-bool LocalFileTransport::isSameFileAs(LocalFileTransport const & other) const {
+Error LocalFileTransport::refuseCopyTo(LocalFileTransport const * target) const {
     FileFacts own;
     FileFacts others;
-    return qvPlatform::queryFile(name_, qvPlatform::Links::follow, own).good() &&
-           qvPlatform::queryFile(other.name_, qvPlatform::Links::follow, others).good() &&
-           own.identity == others.identity;
+    if (!qvPlatform::queryFile(name_, Links::follow, own).good())
+        return Error(); // opening it tells what is wrong
+    if (own.kind == FileKind::other)
+        return File::getError(code::ioProblem);
+    if (target == nullptr)
+        return Error();
+    if (qvPlatform::queryFile(target->name_, Links::follow, others).good() && own.identity == others.identity)
+        return File::getError(code::noOverwrite);
+    if (own.kind == FileKind::directory && leadsBack(own.identity))
+        return File::getError(code::noOverwrite);
+    return Error();
 }
 
 IString LocalFileTransport::getFullName() { return copyOf(name_); }
@@ -327,11 +343,11 @@ IString LocalFileTransport::transportId() { return IString(L"LocalFileTransport"
 
 Error LocalFileTransport::query(FileStatus & status) {
     FileFacts facts;
-    FileResult const result = qvPlatform::queryFile(name_, qvPlatform::Links::follow, facts);
+    FileResult const result = qvPlatform::queryFile(name_, Links::follow, facts);
     if (result.outcome == FileOutcome::notFound)
         return Error();
     if (!result.good())
-        return Error(ioProblem, qvUtil::systemErrorText(static_cast<unsigned>(result.systemNumber)));
+        return Error(code::ioProblem, qvUtil::systemErrorText(static_cast<unsigned>(result.systemNumber)));
     bool const isDirectory = facts.kind == FileKind::directory;
     bool const isFile = facts.kind == FileKind::file;
     bool const exists = isDirectory || isFile;
@@ -368,18 +384,16 @@ Error LocalFileTransport::queryOwnerGroup(FileStatus & status) {
     return Error();
 }
 
-bool LocalFileTransport::leadsBack() const {
-    FileFacts facts;
-    if (!isSymbolicLink() || !qvPlatform::queryFile(name_, qvPlatform::Links::follow, facts).good() ||
-        facts.kind != FileKind::directory)
+bool LocalFileTransport::leadsBack(FileIdentity const & directory) const {
+    if (!isSymbolicLink())
         return false;
-    for (IString name = copyOf(name_);;) {
+    for (IString name = entryName();;) {
         unsigned const last = name.rfind(Filename::separator());
         if (last == IString::npos || last == 0)
             return false;
         name.erase(last);
         FileFacts above;
-        if (qvPlatform::queryFile(name, qvPlatform::Links::follow, above).good() && above.identity == facts.identity)
+        if (qvPlatform::queryFile(name, Links::follow, above).good() && above.identity == directory)
             return true;
     }
 }
@@ -389,7 +403,7 @@ bool LocalFileTransport::holds(LocalFileTransport const & other) const {
     IString others;
     if (!qvPlatform::resolvedName(name_, own).good() || !qvPlatform::resolvedName(other.name_, others).good())
         return false;
-    IString const start = asDirectory(own);
+    IString const start = asDirectory(own, Filename::separator());
     return others == own || others.find(start) == 0;
 }
 

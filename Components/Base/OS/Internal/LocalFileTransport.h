@@ -8,6 +8,9 @@
 
 namespace qvOS {
 
+// The name with a separator at its end, unless it is empty.
+qvString::IString asDirectory(qvString::IString const & name, wchar_t separator);
+
 class LocalFileTransport : public FileTransport {
 public:
     explicit LocalFileTransport(qvString::IString const & name);
@@ -34,22 +37,28 @@ public:
     qvUtil::Error query(FileStatus & status) override;
     qvUtil::Error queryOwnerGroup(FileStatus & status) override;
 
-    // Whether the name is a symbolic link, which deleting does not follow.
+    // Whether the name is a symbolic link, which deleting does not follow, not even behind a separator at its end.
     bool isSymbolicLink() const;
+    // readDir() of a directory itself, not of what a link of that name leads to.
+    qvUtil::Error readOwnDir(qv::vector<qvString::IString> & list, bool fullPaths);
     // Whether there is a file or a directory, and whether that is a directory and no link to one: what a walk asks of
     // each entry, with fewer calls of the system than query().
     bool isThere(bool & isRealDirectory) const;
-    // Whether both names lead to one file that exists.
-    bool isSameFileAs(LocalFileTransport const & other) const;
-    // Whether it is a link to a directory in which it lies itself, seen along its own name.
-    bool leadsBack() const;
+    // Why it cannot be copied: as a special file, whose bytes may never come or never end; or because the copy would
+    // read what it writes: by two names of one file it would empty it, and what a link leads back to would never end.
+    // The target is null when it is not local.
+    qvUtil::Error refuseCopyTo(LocalFileTransport const * target) const;
     // Whether the other lies in this directory, or is it, under whatever names.
     bool holds(LocalFileTransport const & other) const;
     // What copyTo() does between two that it has opened.
     qvUtil::Error copyContentsTo(LocalFileTransport & target);
 
 private:
-    qvUtil::Error openAs(int mode);
+    // The name without separators at its end, which would lead through a link.
+    qvString::IString entryName() const;
+    qvUtil::Error listEntries(qvPlatform::Links links, qv::vector<qvString::IString> & list, bool fullPaths) const;
+    // Whether it is a link to that directory and lies in it itself, seen along its own name.
+    bool leadsBack(qvPlatform::FileIdentity const & directory) const;
 
     qvString::IString name_; // as the factory got it
     LocalFileStream stream_;

@@ -4,10 +4,10 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
 #include <grp.h>
+#include <linux/magic.h>
 #include <memory>
 #include <pwd.h>
 #include <string>
@@ -58,8 +58,11 @@ FileResult queryAt(int directory, char const * path, int flags, FileFacts & fact
     facts.identity.number = status.stx_ino;
     facts.size = static_cast<std::int64_t>(status.stx_size);
     facts.modificationTime = status.stx_mtime.tv_sec;
+    facts.modificationNanoseconds = status.stx_mtime.tv_nsec;
     facts.creationTime = (status.stx_mask & STATX_BTIME) != 0 ? status.stx_btime.tv_sec : status.stx_ctime.tv_sec;
     facts.permissions = status.stx_mode & 07777U;
+    facts.owner = status.stx_uid;
+    facts.group = status.stx_gid;
     return {};
 }
 
@@ -110,86 +113,11 @@ std::string withoutDots(std::string const & name) {
     return result;
 }
 
-// ---- Copying
-
-// Whether the system's own copy cannot serve these two, so that they are copied by hand.
-bool isNoMatterOfTheSystem(int number) {
-    return number == EXDEV || number == EINVAL || number == ENOSYS || number == EOPNOTSUPP || number == EBADF ||
-           number == EPERM || number == ETXTBSY;
-}
-
-FileResult copyByHand(Descriptor from, Descriptor to, std::int64_t count) {
-    constexpr std::size_t most = 256 * 1024;
-    std::unique_ptr<char[]> const block(new char[most]);
-    while (count > 0) {
-        MutablePiece const room{block.get(), static_cast<std::size_t>(std::min<std::int64_t>(count, most))};
-        TransferResult const got = readSome(from, {&room, 1});
-        if (!got.result.good() || got.count == 0) {
-            return got.result;
-        }
-        ConstantPiece const piece{block.get(), got.count};
-        TransferResult const put = writeAll(to, {&piece, 1});
-        if (!put.result.good()) {
-            return put.result;
-        }
-        count -= static_cast<std::int64_t>(got.count);
-    }
-    return {};
-}
-
-// So many bytes, or up to the end.
-FileResult copyRange(Descriptor from, Descriptor to, std::int64_t count) {
-    constexpr std::int64_t mostAtOnce = 1 << 30;
-    while (count > 0) {
-        int number = 0;
-        auto const wanted = static_cast<std::size_t>(std::min(count, mostAtOnce));
-        auto const copied = repeated([&] { return ::copy_file_range(from, nullptr, to, nullptr, wanted, 0); }, number);
-        // A few files say that they have nothing although they can be read.
-        if (copied == 0 || isNoMatterOfTheSystem(number)) {
-            return copyByHand(from, to, count);
-        }
-        if (copied < 0) {
-            return outcomeOf(number);
-        }
-        count -= copied;
-    }
-    return {};
-}
-
-FileResult copyWithHoles(Descriptor from, Descriptor to, std::int64_t size) {
-    for (std::int64_t at = 0; at < size;) {
-        int number = 0;
-        std::int64_t const data = repeated([&] { return ::lseek(from, at, SEEK_DATA); }, number);
-        if (data < 0 && number == ENXIO) {
-            break; // nothing but a hole is left
-        }
-        if (data < 0) {
-            return outcomeOf(number);
-        }
-        std::int64_t const hole = repeated([&] { return ::lseek(from, data, SEEK_HOLE); }, number);
-        if (hole < 0) {
-            return outcomeOf(number);
-        }
-        FileResult result = seekTo(from, data);
-        if (result.good()) {
-            result = seekTo(to, data);
-        }
-        if (result.good()) {
-            result = copyRange(from, to, hole - data);
-        }
-        if (!result.good()) {
-            return result;
-        }
-        at = hole;
-    }
-    return outcomeOfCall([&] { return ::ftruncate(to, size); });
-}
-
 // ---- Kinds of file systems
 
 bool isRemoteKind(unsigned long kind) {
-    constexpr unsigned long remoteKinds[] = {0x6969,     0x517B,     0xFF534D42, 0xFE534D42,
-                                             0x01021997, 0x00C36400, 0x5346414F, 0x73757245};
+    constexpr unsigned long remoteKinds[] = {NFS_SUPER_MAGIC,  SMB_SUPER_MAGIC, CIFS_SUPER_MAGIC, SMB2_SUPER_MAGIC,
+                                             CEPH_SUPER_MAGIC, V9FS_MAGIC,      AFS_SUPER_MAGIC,  CODA_SUPER_MAGIC};
     return std::find(std::begin(remoteKinds), std::end(remoteKinds), kind & 0xFFFFFFFF) != std::end(remoteKinds);
 }
 
@@ -221,9 +149,9 @@ FileResult openFile(IString const & name, OpenMode mode, Descriptor & descriptor
         flags = O_RDWR | O_CREAT | O_APPEND;
         break;
     }
-    constexpr mode_t leftToTheMask = 0666;
+    mode_t const permissions = mode == OpenMode::create ? 0600 : 0666; // the mask takes from them
     return SystemName(name).run(
-        [&](char const * path) { return descriptor = ::open(path, flags | O_CLOEXEC, leftToTheMask); });
+        [&](char const * path) { return descriptor = ::open(path, flags | O_CLOEXEC, permissions); });
 }
 
 FileResult syncDescriptor(Descriptor descriptor) {
@@ -236,6 +164,10 @@ FileResult syncDescriptor(Descriptor descriptor) {
 FileResult syncFile(IString const & name) { return openAndSync(name, O_RDONLY); }
 
 FileResult syncDirectory(IString const & name) { return openAndSync(orCurrentDirectory(name), O_RDONLY | O_DIRECTORY); }
+
+FileResult emptyDescriptor(Descriptor descriptor) {
+    return outcomeOfCall([&] { return ::ftruncate(descriptor, 0); });
+}
 
 // ---- What a name leads to
 
@@ -271,13 +203,13 @@ FileResult queryOwner(IString const & name, IString & owner, IString & group) {
     return result;
 }
 
-FileResult listDirectory(IString const & name, qv::vector<IString> & list) {
+FileResult listDirectory(IString const & name, Links links, qv::vector<IString> & list) {
+    int const flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | (links == Links::keep ? O_NOFOLLOW : 0);
     int descriptor = noDescriptor;
-    FileResult opened = SystemName(orCurrentDirectory(name)).run([&](char const * path) {
-        return descriptor = ::open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    });
+    FileResult opened =
+        SystemName(orCurrentDirectory(name)).run([&](char const * path) { return descriptor = ::open(path, flags); });
     if (!opened.good()) {
-        if (opened.systemNumber == ENOTDIR) {
+        if (opened.systemNumber == ENOTDIR || (opened.systemNumber == ELOOP && links == Links::keep)) {
             opened.outcome = FileOutcome::notUsable;
         }
         return opened;
@@ -345,30 +277,29 @@ FileResult replaceFile(IString const & from, IString const & to) {
     return SystemName(from).run([&](char const * path) { return ::rename(path, target.get()); });
 }
 
-FileResult setModificationTime(IString const & name, std::int64_t seconds) {
-    timespec const times[2] = {{0, UTIME_OMIT}, {static_cast<time_t>(seconds), 0}};
-    return SystemName(name).run([&](char const * path) { return ::utimensat(AT_FDCWD, path, times, 0); });
+FileResult setModificationTime(Descriptor descriptor, FileFacts const & model) {
+    timespec const times[2] = {{0, UTIME_OMIT}, {model.modificationTime, long{model.modificationNanoseconds}}};
+    return outcomeOfCall([&] { return ::futimens(descriptor, times); });
 }
 
-FileResult setPermissions(IString const & name, std::uint32_t permissions) {
-    return SystemName(name).run([&](char const * path) { return ::chmod(path, permissions & 07777U); });
+FileResult setPermissions(Descriptor descriptor, FileFacts const & model) {
+    constexpr unsigned runAsAnother = S_ISUID | S_ISGID;
+    unsigned permissions = model.permissions;
+    FileFacts own;
+    if ((permissions & runAsAnother) != 0 &&
+        (!queryDescriptor(descriptor, own).good() || own.owner != model.owner || own.group != model.group)) {
+        permissions &= ~runAsAnother;
+    }
+    return outcomeOfCall([&] { return ::fchmod(descriptor, permissions); });
 }
 
-FileResult copyDescriptor(Descriptor from, Descriptor to) {
-    constexpr std::int64_t toTheEnd = std::int64_t{1} << 62;
-    struct stat source;
-    struct stat target;
-    FileResult result = outcomeOfCall([&] { return ::fstat(from, &source); });
-    if (result.good()) {
-        result = outcomeOfCall([&] { return ::fstat(to, &target); });
+FileResult narrowPermissions(Descriptor descriptor, FileFacts const & own, FileFacts const & model) {
+    constexpr unsigned others = S_IRWXG | S_IRWXO;
+    if ((own.permissions & ~model.permissions & others) == 0) {
+        return {};
     }
-    if (!result.good()) {
-        return result;
-    }
-    constexpr std::int64_t bytesPerBlock = 512;
-    bool const hasHoles =
-        S_ISREG(source.st_mode) && S_ISREG(target.st_mode) && source.st_blocks * bytesPerBlock < source.st_size;
-    return hasHoles ? copyWithHoles(from, to, source.st_size) : copyRange(from, to, toTheEnd);
+    unsigned const permissions = own.permissions & (model.permissions | ~others);
+    return outcomeOfCall([&] { return ::fchmod(descriptor, permissions); });
 }
 
 // ---- Places

@@ -74,6 +74,13 @@ IString nameFromSystem(char const * bytes) {
 }
 
 FileResult makeUniqueFile(IString const & directory, IString const & prefix, Access access, IString & name) {
+    Descriptor descriptor = noDescriptor;
+    FileResult const result = makeUniqueFile(directory, prefix, access, name, descriptor);
+    return result.good() ? closeDescriptor(descriptor) : result;
+}
+
+FileResult makeUniqueFile(IString const & directory, IString const & prefix, Access access, IString & name,
+                          Descriptor & descriptor) {
     constexpr unsigned longestPrefix = 3;
     constexpr int attempts = 100;
     mode_t const mode = access == Access::ownerOnly ? 0600 : 0666;
@@ -99,11 +106,9 @@ FileResult makeUniqueFile(IString const & directory, IString const & prefix, Acc
         IString candidate;
         candidate.format(L"%08X.tmp", digits);
         candidate.prepend(start);
-        Descriptor descriptor = noDescriptor;
         result = posix::SystemName(candidate).run(
             [&](char const * path) { return descriptor = ::open(path, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode); });
         if (result.good()) {
-            result = closeDescriptor(descriptor);
             name = static_cast<IString &&>(candidate);
             return result;
         }

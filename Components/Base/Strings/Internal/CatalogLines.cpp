@@ -26,14 +26,11 @@ bool CatalogLines::fill() {
         at_ = 0;
         qvPlatform::MutablePiece const room{buffer_.get() + end_, bufferSize - end_};
         qvPlatform::TransferResult const read = qvPlatform::readSome(descriptor_, {&room, 1});
-        if (!read.result.good()) {
-            failure_ = read.result;
-            return false;
-        }
+        failure_ = read.result;
         end_ += read.count;
-        isAtEnd_ = read.count == 0;
+        isAtEnd_ = read.count == 0; // also of what can be read at all
     }
-    return true;
+    return failure_.good();
 }
 
 // Of a line that is too long. A character that would be cut goes to the next piece.
@@ -60,9 +57,11 @@ CatalogLines::Outcome CatalogLines::next(Line & line) {
     };
     findFeed();
     if (feed == nullptr && end_ - at_ <= longestLine) {
-        if (!fill())
-            return Outcome::failed;
+        bool const isGood = fill();
         findFeed();
+        // What was read in front of the failure may hold lines.
+        if (!isGood && feed == nullptr)
+            return Outcome::failed;
     }
     char const * const start = buffer_.get() + at_;
     if (feed != nullptr) {

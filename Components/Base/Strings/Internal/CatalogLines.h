@@ -27,7 +27,7 @@ public:
         bool hasEnd;           // whether there was one
     };
     enum class Outcome { line, end, failed };
-    // Bytes in front of a failure that are no whole line are not given.
+    // Lines in front of a failure come first; what is no whole line there is not given. Behind them every call fails.
     Outcome next(Line & line);
     qvPlatform::FileResult failure() const { return failure_; }
 

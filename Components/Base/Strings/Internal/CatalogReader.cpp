@@ -9,8 +9,9 @@
 #include <algorithm>
 #include <climits>
 #include <cstring>
+#include <iterator>
+#include <memory>
 #include <stdexcept>
-#include <utility>
 
 namespace qvStringTable {
 
@@ -91,28 +92,40 @@ void replaceAll(std::string & text, std::string_view what, std::string_view with
     text.resize(done);
 }
 
-IString wide(std::string_view text) {
-    std::unique_ptr<wchar_t[]> large;
-    wchar_t local[512];
-    wchar_t * units = local;
-    if (text.size() > std::size(local)) {
-        if (text.size() > INT_MAX)
-            throw std::length_error("qvStringTable");
-        units = (large = std::make_unique_for_overwrite<wchar_t[]>(text.size())).get();
+// Well-formed text in UTF-16, in a buffer of its own or, mostly, here.
+class WideUnits {
+public:
+    explicit WideUnits(std::string_view text) {
+        if (text.size() > std::size(local_)) {
+            if (text.size() > INT_MAX)
+                throw std::length_error("qvStringTable");
+            units_ = (large_ = std::make_unique_for_overwrite<wchar_t[]>(text.size())).get();
+        }
+        count_ = static_cast<int>(qvString::utf8::toUtf16(text.data(), text.size(), units_).count);
     }
-    return IString(units, static_cast<int>(qvString::utf8::toUtf16(text.data(), text.size(), units).count));
+    wchar_t const * units() const { return units_; }
+    int count() const { return count_; }
+
+private:
+    std::unique_ptr<wchar_t[]> large_;
+    wchar_t local_[512];
+    wchar_t * units_ = local_;
+    int count_;
+};
+
+IString wide(std::string_view text) {
+    WideUnits const converted(text);
+    return IString(converted.units(), converted.count());
 }
 
-bool isWellFormed(std::string_view text) {
-    return std::all_of(text.begin(), text.end(), isAsciiByte) ||
-           qvString::utf8::utf16Length(text.data(), text.size()).isWellFormed;
-}
+bool isWellFormed(std::string_view text) { return qvString::utf8::utf16Length(text.data(), text.size()).isWellFormed; }
 
 } // namespace
 
 Error CatalogReader::read() {
     if (qvPlatform::FileResult const opened = lines_.open(name_); !opened.good())
         return fileError(1, "Can't open catalog file %s for read: %s\n", opened);
+    StringTable::Body::Filling const filling(table_.body());
     for (;;) {
         CatalogLines::Line line;
         switch (lines_.next(line)) {
@@ -186,16 +199,17 @@ Error CatalogReader::parse(std::string_view entry) {
 }
 
 Error CatalogReader::assign(std::string_view key, std::string_view value) {
-    IString text = wide(withoutEscapes(value));
-    if (table_.body().assign(key, std::move(text)))
+    WideUnits const text(withoutEscapes(value));
+    if (table_.body().assign(key, text.units(), text.count()))
         return Error();
+    // This table takes everything, so nobody gets here. It is what a caller of another one would be told.
     return Error(4, "Error assigning string table entry for key:%s, value%s\n", std::string(key).c_str(),
                  wide(withoutEscapes(value)).asMultibyte());
 }
 
 // One after the other over the whole text: a later one finds what an earlier one has left.
 std::string_view CatalogReader::withoutEscapes(std::string_view value) {
-    if (value.find_first_of("\\\"") == value.npos)
+    if (value.find('\\') == value.npos && value.find('"') == value.npos)
         return value;
     value_.assign(value);
     replaceAll(value_, "\\r\\n", "\r\n");

@@ -1,4 +1,4 @@
-#include "Names.h"
+#include "Support/Names.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -11,6 +11,13 @@ constexpr unsigned strangeByte = 0xDC00;
 
 bool isStrange(unsigned unit) { return unit >= strangeByte + 0x80 && unit <= strangeByte + 0xFF; }
 bool isLead(unsigned unit) { return unit >= 0xD800 && unit < 0xDC00; }
+bool isControl(unsigned unit) { return unit < 0x20 || (unit >= 0x7F && unit < 0xA0); }
+
+// Whether a text can be shown as it is; some that could take the longer way.
+bool isHarmless(IString const & text) {
+    wchar_t const * const units = text.asWChar();
+    return std::none_of(units, units + text.length(), [](unsigned unit) { return isControl(unit) || isStrange(unit); });
+}
 
 // The longest run from `start` on that is whole characters of UTF-8.
 std::size_t soundPrefix(std::string const & bytes, std::size_t start, IString & text) {
@@ -32,6 +39,10 @@ std::size_t soundPrefix(std::string const & bytes, std::size_t start, IString & 
 } // namespace
 
 IString nameOf(std::string const & bytes) {
+    bool isSound = false;
+    IString const whole((std::string(1, 'x') + bytes).c_str(), qvString::UTF8, &isSound);
+    if (isSound && bytes.find('\0') == std::string::npos)
+        return whole.substr(1);
     IString name;
     for (std::size_t at = 0; at < bytes.size();) {
         unsigned char const byte = static_cast<unsigned char>(bytes[at]);
@@ -47,6 +58,8 @@ IString nameOf(std::string const & bytes) {
 }
 
 std::string bytesOf(IString const & name) {
+    if (!hasStrangeBytes(name))
+        return name.asUTF8();
     std::string bytes;
     for (unsigned i = 0; i < name.length(); ++i) {
         bool const isPair = isLead(name[i]) && i + 1 < name.length();
@@ -67,12 +80,13 @@ bool hasStrangeBytes(IString const & name) {
 }
 
 std::string shown(IString const & name) {
+    if (isHarmless(name))
+        return name.asUTF8();
     std::string text;
     for (unsigned i = 0; i < name.length(); ++i) {
         unsigned const unit = name[i];
         bool const isPair = isLead(unit) && i + 1 < name.length();
-        bool const isControl = unit < 0x20 || (unit >= 0x7F && unit < 0xA0);
-        if (isControl || isStrange(unit)) {
+        if (isControl(unit) || isStrange(unit)) {
             char escaped[8];
             std::snprintf(escaped, sizeof escaped, "\\x%02X", unit & 0xFF);
             text += escaped;

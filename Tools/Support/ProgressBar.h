@@ -3,31 +3,32 @@
 #ifndef ProgressBar_h
 #define ProgressBar_h
 
-#include <chrono>
-#include <cstdint>
-#include <string>
+#include "Base/Signals/qvRTBSignalClient.h"
+#include "Base/Utility/qvUtilProgress.h"
 
-class ProgressBar {
+#include <chrono>
+
+// Shows a root with its caption, which is taken for UTF-8 and is to be harmless to a terminal. Nothing shows in the
+// first half second, and nothing is left on the line in the end.
+class ProgressBar : public qvRTB::SignalClient {
 public:
     enum class Use { whereATerminalIs, never };
 
-    ProgressBar(Use use, std::int64_t total);
+    // The progress is to live longer.
+    ProgressBar(Use use, qvUtil::Progress & progress);
     ProgressBar(ProgressBar const &) = delete;
     ProgressBar & operator=(ProgressBar const &) = delete;
     ~ProgressBar() { clear(); }
 
-    // Work that is done, and what comes next. Nothing shows in the first half second.
-    void advance(std::int64_t amount, std::string const & next);
     // Makes room for other text.
     void clear();
 
 private:
     using Clock = std::chrono::steady_clock;
 
-    bool isUsed_;
+    void show(qvUtil::Progress & progress);
+
     bool isShown_ = false;
-    std::int64_t total_;
-    std::int64_t done_ = 0;
     Clock::time_point nextShow_;
 };
 

@@ -1,0 +1,213 @@
+// What comes out of a package.
+
+#include "Base/DataFiles/Internal/ioClosing.h"
+#include "Base/DataFiles/Internal/ioPackageCopy.h"
+#include "Base/DataFiles/ioBufferedStreamInput.h"
+#include "Base/DataFiles/ioPackageFile.h"
+#include "Base/OS/qvOSFile.h"
+#include "Base/OS/qvOSFilename.h"
+#include "Base/Platform/PlatformFileSystem.h"
+
+#include <algorithm>
+
+using qvOS::Filename;
+using qvPlatform::FileFacts;
+using qvPlatform::FileKind;
+using qvPlatform::Links;
+using qvString::IString;
+using qvUtil::Error;
+
+namespace {
+
+constexpr std::int64_t mostPacked = 16384;
+
+bool isSeparator(wchar_t c) { return c == L'/' || c == L'\\'; }
+
+// What extracting writes to: a new file beside the target, which takes its place at the end. A target that is a device
+// or the like is written itself.
+class Target {
+public:
+    explicit Target(IString const & name) : name_(name) {}
+    Target(Target const &) = delete;
+    Target & operator=(Target const &) = delete;
+    ~Target() {
+        static_cast<void>(close());
+        if (!beside_.isEmpty())
+            qvPlatform::removeFile(beside_);
+    }
+
+    // Never the package itself, nor a directory.
+    bool open(IString const & package) {
+        FileFacts facts;
+        FileFacts followed;
+        FileFacts forbidden;
+        bool const isThere = qvPlatform::queryFile(name_, Links::keep, facts).good();
+        if (isThere && facts.kind == FileKind::directory)
+            return false;
+        if (isThere && qvPlatform::queryFile(name_, Links::follow, followed).good() &&
+            qvPlatform::queryFile(package, Links::follow, forbidden).good() && followed.identity == forbidden.identity)
+            return false;
+        if (isThere && facts.kind == FileKind::other)
+            return qvPlatform::openForWriting(name_, qvPlatform::Truncation::truncate, descriptor_).good();
+        IString unique;
+        if (!qvPlatform::makeUniqueFile(Filename(name_).dirname(), L"ext", qvPlatform::Access::byMask, unique,
+                                        descriptor_)
+                 .good())
+            return false;
+        beside_.swap(unique);
+        return true;
+    }
+    bool write(char const * bytes, int count) {
+        qvPlatform::ConstantPiece const piece{bytes, static_cast<std::size_t>(count)};
+        return qvPlatform::writeAll(descriptor_, {&piece, 1}).result.good();
+    }
+    bool finish() {
+        if (!close())
+            return false;
+        if (beside_.isEmpty())
+            return true;
+        if (!qvPlatform::replaceFile(beside_, name_).good())
+            return false;
+        beside_ = IString();
+        return true;
+    }
+
+private:
+    bool close() {
+        if (descriptor_ == qvPlatform::noDescriptor)
+            return true;
+        qvPlatform::Descriptor const descriptor = descriptor_;
+        descriptor_ = qvPlatform::noDescriptor;
+        return qvPlatform::closeDescriptor(descriptor).good();
+    }
+
+    IString const & name_;
+    IString beside_; // empty when there is none to remove
+    qvPlatform::Descriptor descriptor_ = qvPlatform::noDescriptor;
+};
+
+// A directory in a form to which names can be joined. One on whose way ".." stands, or that looks like a drive, would
+// become another one by joining.
+IString rootOf(IString const & directory) {
+    bool const isDrive = directory.length() > 1 && directory[1] == L':';
+    bool const goesUp = directory.find(L"..") != IString::npos;
+    IString resolved;
+    if ((isDrive || goesUp) &&
+        (qvPlatform::resolvedName(directory, resolved).good() || qvPlatform::absoluteName(directory, resolved).good()))
+        return resolved;
+    return Filename(directory).name();
+}
+
+// Whether the way to a file, which is the directory and behind it `tail` characters, leaves the directory through a
+// symbolic link.
+bool leadsOut(IString const & directory, IString const & file, unsigned tail) {
+    for (IString way = Filename(file).dirname(); way.length() + tail > file.length(); way = Filename(way).dirname()) {
+        FileFacts facts;
+        bool const isLink =
+            qvPlatform::queryFile(way, Links::keep, facts).good() && facts.kind == FileKind::symbolicLink;
+        if (!isLink)
+            continue;
+        IString root;
+        IString resolved;
+        if (!qvPlatform::resolvedName(directory.isEmpty() ? IString(L".") : directory, root).good() ||
+            !qvPlatform::resolvedName(way, resolved).good())
+            return true;
+        if (root[root.length() - 1] != Filename::separator())
+            root.append(Filename::separator());
+        if (resolved.find(root) != 0)
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
+Error ioPackageFile::extractEntry(ioPackageFileEntry const * entry, IString const & file, std::int64_t limit,
+                                  qvUtil::Progress * progress) const {
+    if (entry == nullptr)
+        return Error();
+    IString const directory = Filename(file).dirname();
+    if (!directory.isEmpty()) {
+        if (Error const error = qvOS::File(directory).makeDirectoryAll())
+            return Error(5, IString(error.message()));
+    }
+    closePackageForOutput();
+    ioClosing<ioBufferedStreamInput> input;
+    input.openPackageFileEntry(entry);
+    if (!ioPackageCopy::isSound(input))
+        return ioPackageCopy::couldNotReadEntry(entry->getName());
+    if (entry->getCompressed()) {
+        input.compress(true);
+        input.checksum(true);
+    }
+    Target target(file);
+    if (!target.open(entry->getPackageName()))
+        return Error(2, L"Can not create file: %S", file.asWChar());
+    auto const notWritten = [&] { return Error(10, L"Error writing file: %S", file.asWChar()); };
+    std::int64_t written = 0;
+    // What unpacks is several times as much.
+    bool const unpacks = entry->getCompressed();
+    ioPackageCopy::Block const block(unpacks ? std::min(entry->getSize(), mostPacked) * 4 : entry->getSize());
+    ioPackageCopy::Report const report(progress, unpacks ? entry->getSize() * 2 : entry->getSize());
+    for (int count = 0; (count = input.readData(block.get(), block.size())) > 0;) {
+        written += count;
+        if ((limit >= 0 && written > limit) || !target.write(block.get(), count))
+            return notWritten();
+        report(written);
+    }
+    if (!ioPackageCopy::isAtEnd(input) || (!unpacks && written != entry->getSize()))
+        return Error(9, L"Error reading package file entry: %S", entry->getName().asWChar());
+    return target.finish() ? Error() : notWritten();
+}
+
+Error ioPackageFile::verifyExtractName(IString const & name) {
+    bool const hasDrive = name.length() > 1 && name[1] == L':';
+    if (name.isEmpty() || isSeparator(name[0]) || hasDrive || name.find(L'\0') != IString::npos)
+        return ioPackageCopy::notAllowed(name);
+    int depth = 0;
+    unsigned start = 0;
+    for (unsigned i = 0; i <= name.length(); ++i) {
+        if (i < name.length() && !isSeparator(name[i]))
+            continue;
+        unsigned const length = i - start;
+        bool const isHere = length == 1 && name[start] == L'.';
+        bool const isUp = length == 2 && name[start] == L'.' && name[start + 1] == L'.';
+        bool const isLast = i == name.length();
+        depth += isUp ? -1 : length == 0 || isHere ? 0 : 1;
+        if (depth < 0 || (isLast && (isHere || isUp)))
+            return ioPackageCopy::notAllowed(name);
+        start = i + 1;
+    }
+    return depth > 0 ? Error() : ioPackageCopy::notAllowed(name);
+}
+
+Error ioPackageFile::placeBelow(IString const & directory, IString const & name, IString & file) {
+    if (Error const error = verifyExtractName(name))
+        return error;
+    IString const root = rootOf(directory);
+    Filename const tail(name);
+    Filename const below{Filename(root), tail};
+    if (leadsOut(root, below.name(), tail.name().length()))
+        return ioPackageCopy::notAllowed(name);
+    file.assign(below.name());
+    return Error();
+}
+
+Error ioPackageFile::expand(IString const & directory) const {
+    if (!directory.isEmpty()) {
+        if (Error const error = qvOS::File(directory).makeDirectoryAll())
+            return Error(5, IString(error.message()));
+    }
+    Error refused;
+    for (auto const & [name, index] : directory_) {
+        IString file;
+        if (Error const error = placeBelow(directory, name, file)) {
+            if (!refused)
+                refused = error;
+            continue;
+        }
+        if (Error const error = extractEntry(&entries_[index], file))
+            return error;
+    }
+    return refused;
+}

@@ -1,0 +1,65 @@
+// Files made ready for a package, in their order, by all processors.
+
+#ifndef Preparation_h
+#define Preparation_h
+
+#include "Base/DataFiles/ioPackageFileSource.h"
+
+#include <condition_variable>
+#include <cstdint>
+#include <exception>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+struct FileToAdd {
+    std::string file;  // as the system has it
+    std::string entry; // the name in the package
+    std::int64_t size; // bytes
+};
+
+struct Prepared {
+    ioPackageFileSource source;
+    qvUtil::Error error;
+};
+
+// Prepares files ahead of the one that is taken next, so many that the processors have work and the memory holds what
+// waits.
+class Preparation {
+public:
+    // The files are to stay where they are.
+    Preparation(std::vector<FileToAdd> const & files, bool compress);
+    Preparation(Preparation const &) = delete;
+    Preparation & operator=(Preparation const &) = delete;
+    // Waits for the files that are being worked at.
+    ~Preparation();
+
+    // The next file, once for each. While it is not ready, `waiting` is called ten times a second with the bytes that
+    // were read so far, of all files.
+    Prepared take(std::function<void(std::int64_t bytes)> const & waiting);
+
+private:
+    struct Slot {
+        Prepared prepared;
+        std::exception_ptr thrown;
+        bool isReady = false;
+    };
+
+    void work();
+    Prepared prepare(FileToAdd const & file);
+
+    std::vector<FileToAdd> const & files_;
+    bool const compress_;
+    std::mutex mutex_; // of all below
+    std::condition_variable changed_;
+    std::vector<Slot> slots_; // of the files that are ahead, in a ring
+    std::size_t begun_ = 0;
+    std::size_t taken_ = 0;
+    std::int64_t bytes_ = 0;
+    bool isEnding_ = false;
+    std::vector<std::thread> workers_;
+};
+
+#endif
