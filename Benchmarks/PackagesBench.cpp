@@ -113,7 +113,6 @@ void program(benchmark::State & state, std::string const & line, std::string con
         state.ResumeTiming();
         run(line);
     }
-    state.SetBytesProcessed(0);
 }
 
 void addProgram(std::string const & name, std::string const & line, std::string const & result,

@@ -3,11 +3,24 @@
 #include "Support/ProgressBar.h"
 
 #include "Base/DataFiles/ioPackageFile.h"
+#include "Base/OS/qvOSFile.h"
 
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <exception>
 #include <fcntl.h>
+#include <mutex>
 #include <sys/stat.h>
+#include <system_error>
+#include <thread>
+#include <vector>
 
 namespace {
+
+std::mutex makingDirectories;
 
 // Puts entries below a directory, as long as there is room by the limit.
 class Extractor {
@@ -19,6 +32,7 @@ public:
         qvString::IString file;
         if (qvUtil::Error const error = ioPackageFile::placeBelow(directory_, entry.getName(), file))
             return error;
+        makeDirectory(qvOS::Filename(file).dirname());
         if (qvUtil::Error const error = package_.extractEntry(&entry, file, left_, &progress))
             return error;
         struct ::stat status;
@@ -34,9 +48,128 @@ public:
     }
 
 private:
+    // Two that make the same directory at once would take each other's for a failure. One of its own is told by the
+    // entry that goes there.
+    void makeDirectory(qvString::IString const & name) {
+        if (name.isEmpty() || name == made_)
+            return;
+        std::lock_guard const lock(makingDirectories);
+        if (!qvOS::File(name).makeDirectoryAll())
+            made_ = name;
+    }
+
     ioPackageFile const & package_;
     qvString::IString directory_;
+    qvString::IString made_; // the last one
     std::int64_t left_;
+};
+
+// Extracts entries on several threads, each of which has the package open for itself.
+class Extraction {
+public:
+    Extraction(std::string const & package, ioPackageFile const & file, ExtractOptions const & options,
+               std::vector<ioPackageFileEntry const *> const & entries)
+        : package_(package), options_(options), entries_(entries), errors_(entries.size()) {
+        for (ioPackageFileEntry const * entry : entries)
+            whole_ += entry->getSize();
+        run(file);
+    }
+
+    // What became of each entry.
+    std::vector<qvUtil::Error> const & errors() const { return errors_; }
+
+private:
+    void run(ioPackageFile const & file) {
+        // It takes some entries to make up for one more open package. A limit counts the entries in their order.
+        constexpr std::size_t enoughForEach = 64;
+        std::size_t const processors = std::max(std::thread::hardware_concurrency(), 1U);
+        std::size_t const count = options_.limit >= 0 ? 1 : std::min(processors, entries_.size() / enoughForEach + 1);
+        std::vector<std::thread> helpers;
+        helpers.reserve(count);
+        try {
+            while (helpers.size() + 1 < count) {
+                helpers.emplace_back([this] { help(); });
+                ++numHelping_;
+            }
+        } catch (std::system_error const &) {
+            // Fewer do it too.
+        }
+        qvUtil::Progress progress;
+        ProgressBar const bar(ProgressBar::Use::whereATerminalIs, progress);
+        work(file, &progress);
+        {
+            std::unique_lock lock(mutex_);
+            while (!ended_.wait_for(lock, std::chrono::milliseconds(100), [&] { return numHelping_ == numEnded_; }))
+                show(progress);
+        }
+        for (std::thread & helper : helpers)
+            helper.join();
+        if (thrown_)
+            std::rethrow_exception(thrown_);
+    }
+
+    void help() {
+        {
+            ioPackageFile own;
+            if (!own.open(nameOf(package_)))
+                work(own, nullptr);
+        }
+        std::lock_guard const lock(mutex_);
+        ++numEnded_;
+        ended_.notify_one();
+    }
+
+    // Takes the next entries as long as there are some: several, so that threads mostly write to directories of their
+    // own. The progress is that of the thread which shows it.
+    void work(ioPackageFile const & file, qvUtil::Progress * progress) {
+        constexpr std::size_t atOnce = 32;
+        Extractor extractor(file, options_);
+        try {
+            for (std::size_t first = 0; (first = next_.fetch_add(atOnce)) < entries_.size();)
+                for (std::size_t i = first; i < std::min(first + atOnce, entries_.size()); ++i)
+                    errors_[i] = extract(extractor, file, entries_[i]->getName(), progress);
+        } catch (...) {
+            std::lock_guard const lock(mutex_);
+            thrown_ = std::current_exception();
+        }
+    }
+
+    qvUtil::Error extract(Extractor & extractor, ioPackageFile const & file, qvString::IString const & name,
+                          qvUtil::Progress * progress) {
+        if (progress != nullptr)
+            progress->setCaption(shown(name).c_str());
+        ioPackageFileEntry const * const entry = file.getEntry(name);
+        if (entry == nullptr) // the file has become another one meanwhile
+            return qvUtil::Error(7, L"Could not read package file entry: %S\n", name.asWChar());
+        std::int64_t counted = 0;
+        auto const count = [&](qvUtil::Progress & at) {
+            auto const now = static_cast<std::int64_t>(at.get() * static_cast<double>(entry->getSize()));
+            done_ += now - counted;
+            counted = now;
+            if (progress != nullptr)
+                show(*progress);
+        };
+        qvUtil::Progress writing;
+        writing.getSigUpdate().addCallback(count);
+        return extractor.extract(*entry, writing);
+    }
+
+    void show(qvUtil::Progress & progress) const {
+        progress.set(static_cast<double>(done_) / (static_cast<double>(whole_) + 1));
+    }
+
+    std::string const & package_;
+    ExtractOptions const & options_;
+    std::vector<ioPackageFileEntry const *> const & entries_;
+    std::vector<qvUtil::Error> errors_; // each written by the one that took the entry
+    std::int64_t whole_ = 0;
+    std::atomic<std::size_t> next_ = 0;
+    std::atomic<std::int64_t> done_ = 0; // bytes
+    std::size_t numHelping_ = 0;
+    std::mutex mutex_; // of those below
+    std::condition_variable ended_;
+    std::size_t numEnded_ = 0;
+    std::exception_ptr thrown_;
 };
 
 // The entries that are wanted: all, or those of the names.
@@ -65,18 +198,9 @@ Status extract(ExtractOptions const & options, std::string const & package, std:
         return unusable;
     Status status = allWell;
     std::vector<ioPackageFileEntry const *> const entries = chosen(file, names, status);
-    double bytes = 1;
-    for (ioPackageFileEntry const * entry : entries)
-        bytes += static_cast<double>(entry->getSize());
-    Extractor extractor(file, options);
-    qvUtil::Progress progress;
-    ProgressBar bar(ProgressBar::Use::whereATerminalIs, progress);
-    for (ioPackageFileEntry const * entry : entries) {
-        progress.setCaption(shown(entry->getName()).c_str());
-        qvUtil::Progress writing;
-        progress.subPhase(static_cast<double>(entry->getSize()) / bytes, writing);
-        if (qvUtil::Error const error = extractor.extract(*entry, writing)) {
-            bar.clear();
+    Extraction const extraction(package, file, options, entries);
+    for (qvUtil::Error const & error : extraction.errors()) {
+        if (error) {
             complain(error);
             status = withFaults;
         }

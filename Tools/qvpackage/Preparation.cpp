@@ -10,18 +10,24 @@
 
 namespace {
 
-// A file waits in memory with a MiB at most.
-constexpr std::size_t aheadOfEach = 8;
 constexpr std::size_t mostWorkers = 16;
+// What may wait to be added.
+constexpr std::size_t mostAhead = 256;
+constexpr std::int64_t mostBytesAhead = std::int64_t{32} << 20;
+// What a worker takes at once: to hand over each small file by itself would take as long as to read it.
+constexpr std::size_t mostAtOnce = 16;
+constexpr std::int64_t enoughAtOnce = 128 * 1024;
 
 } // namespace
 
 Preparation::Preparation(std::vector<FileToAdd> const & files, bool compress) : files_(files), compress_(compress) {
     if (files_.empty())
         return;
+    // Without compression the one that adds has as much to do as a worker.
     std::size_t const processors = std::max(std::thread::hardware_concurrency(), 1U);
-    std::size_t const count = std::min({processors, mostWorkers, files_.size()});
-    slots_.resize(count * aheadOfEach);
+    std::size_t const wanted = compress ? processors : processors - 1;
+    std::size_t const count = std::min({wanted, mostWorkers, files_.size()});
+    slots_.resize(mostAhead);
     try {
         while (workers_.size() < count)
             workers_.emplace_back([this] { work(); });
@@ -35,12 +41,12 @@ Preparation::~Preparation() {
         std::lock_guard const lock(mutex_);
         isEnding_ = true;
     }
-    changed_.notify_all();
+    room_.notify_all();
     for (std::thread & worker : workers_)
         worker.join();
 }
 
-Prepared Preparation::prepare(FileToAdd const & file) {
+Preparation::Slot Preparation::prepare(FileToAdd const & file) {
     std::int64_t counted = 0;
     auto const count = [&](qvUtil::Progress & at) {
         auto const now = static_cast<std::int64_t>(at.get() * static_cast<double>(file.size));
@@ -48,50 +54,77 @@ Prepared Preparation::prepare(FileToAdd const & file) {
         bytes_ += now - counted;
         counted = now;
     };
-    qvUtil::Progress progress;
-    progress.getSigUpdate().addCallback(count);
-    Prepared result;
-    result.error = result.source.prepare(nameOf(file.file), compress_, &progress);
-    return result;
+    Slot slot;
+    slot.isReady = true;
+    try {
+        qvUtil::Progress progress;
+        progress.getSigUpdate().addCallback(count);
+        slot.prepared.error = slot.prepared.source.prepare(nameOf(file.file), compress_, &progress);
+    } catch (...) {
+        slot.thrown = std::current_exception();
+    }
+    return slot;
+}
+
+// How many files a worker is to take where there is room: one at least.
+std::size_t Preparation::claimed() const {
+    std::size_t count = 0;
+    for (std::int64_t bytes = 0; count < mostAtOnce && bytes < enoughAtOnce && begun_ + count < files_.size(); ++count)
+        bytes += files_[begun_ + count].size;
+    return count;
+}
+
+// Whether it is worth to go on: who has filled all the room waits until half of it is free.
+bool Preparation::hasRoom() const {
+    return begun_ <= taken_ || (begun_ - taken_ <= mostAhead / 2 && ahead_ <= mostBytesAhead / 2);
 }
 
 void Preparation::work() {
+    std::vector<Slot> done;
     std::unique_lock lock(mutex_);
     for (;;) {
-        changed_.wait(lock, [this] { return isEnding_ || begun_ == files_.size() || begun_ < taken_ + slots_.size(); });
+        ++numIdle_;
+        room_.wait(lock, [this] { return isEnding_ || begun_ == files_.size() || hasRoom(); });
+        --numIdle_;
         if (isEnding_ || begun_ == files_.size())
             return;
-        std::size_t const index = begun_++;
+        std::size_t const first = begun_;
+        begun_ += claimed();
+        std::size_t const end = begun_;
+        for (std::size_t i = first; i < end; ++i)
+            ahead_ += files_[i].size;
         lock.unlock();
-        Slot done;
-        try {
-            done.prepared = prepare(files_[index]);
-        } catch (...) {
-            done.thrown = std::current_exception();
-        }
-        done.isReady = true;
+        done.clear();
+        for (std::size_t i = first; i < end; ++i)
+            done.push_back(prepare(files_[i]));
         lock.lock();
-        slots_[index % slots_.size()] = std::move(done);
-        changed_.notify_all();
+        for (std::size_t i = first; i < end; ++i)
+            slots_[i % mostAhead] = std::move(done[i - first]);
+        if (first <= taken_ && taken_ < end)
+            ready_.notify_one();
     }
 }
 
 Prepared Preparation::take(std::function<void(std::int64_t)> const & waiting) {
+    Slot taken;
     if (workers_.empty())
-        return prepare(files_[taken_++]);
-    std::unique_lock lock(mutex_);
-    Slot & slot = slots_[taken_ % slots_.size()];
-    while (!changed_.wait_for(lock, std::chrono::milliseconds(100), [&] { return slot.isReady; })) {
-        std::int64_t const bytes = bytes_;
-        lock.unlock();
-        waiting(bytes);
-        lock.lock();
+        taken = prepare(files_[taken_++]);
+    else {
+        std::unique_lock lock(mutex_);
+        Slot & slot = slots_[taken_ % mostAhead];
+        while (!ready_.wait_for(lock, std::chrono::milliseconds(100), [&] { return slot.isReady; })) {
+            std::int64_t const bytes = bytes_;
+            lock.unlock();
+            waiting(bytes);
+            lock.lock();
+        }
+        taken = std::move(slot);
+        slot = Slot();
+        ahead_ -= files_[taken_].size;
+        ++taken_;
+        if (numIdle_ > 0 && hasRoom())
+            room_.notify_one();
     }
-    Slot taken = std::move(slot);
-    slot = Slot();
-    ++taken_;
-    lock.unlock();
-    changed_.notify_all();
     if (taken.thrown)
         std::rethrow_exception(taken.thrown);
     return std::move(taken.prepared);

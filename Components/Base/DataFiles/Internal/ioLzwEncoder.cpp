@@ -9,9 +9,10 @@
 
 namespace {
 
-// Where the list of a string begins. The home and the parent together belong to one byte only. The factor spreads the
-// bytes of text, which are all of one kind; it is measured.
-unsigned homeOf(unsigned parent, unsigned byte) { return parent ^ (byte * 0x9D01 & 0xFFFF); }
+// Where the list of a string begins, among homes of which the mask is the last; no code is above that. The home and the
+// parent together belong to one byte only, for the factor is odd. It spreads the bytes of text, which are all of one
+// kind, and is measured.
+unsigned homeOf(unsigned parent, unsigned byte, unsigned mask) { return parent ^ (byte * 0x9D01 & mask); }
 
 // What the slots of the defining table hold, and the slot that is tried first.
 unsigned keyOf(unsigned parent, unsigned byte) { return byte << 16 | parent; }
@@ -80,7 +81,7 @@ ioLzwEncoder::ioLzwEncoder() : outputEnd_(output_) {
 }
 
 void ioLzwEncoder::clearStrings() {
-    std::fill(std::begin(homes_), std::end(homes_), emptyHome);
+    std::fill_n(homes_, homeMask_ + 1, emptyHome);
     nextFree_ = ioLzw::firstFreeCode;
     twoZeros_ = noCode;
     followed_ = ioLzw::firstFreeCode;
@@ -97,6 +98,20 @@ bool ioLzwEncoder::knowsTwoZeros() {
         slots_.store(keyOf(strings_[followed_].parent, lastBytes_[followed_]));
     }
     return slots_.hasTwoZeros();
+}
+
+// More homes for the strings that there are, whose lists stay in the order of their codes.
+void ioLzwEncoder::addHomes() {
+    homeMask_ = homeMask_ << 2 | 3;
+    std::fill_n(homes_, homeMask_ + 1, emptyHome);
+    for (int code = nextFree_ - 1; code >= ioLzw::firstFreeCode; --code) {
+        if (code == twoZeros_) {
+            continue;
+        }
+        Home & home = homes_[homeOf(strings_[code].parent, lastBytes_[code], homeMask_)];
+        strings_[code].next = home.code;
+        home = {strings_[code].parent, static_cast<std::uint16_t>(code)};
+    }
 }
 
 // A new string goes to the end of its list: the older, the shorter and the more often met. `last` is where the search
@@ -123,9 +138,10 @@ void ioLzwEncoder::encode(char const * bytes, int count) {
         current_ = *at++;
     }
     auto current = static_cast<unsigned>(current_);
+    unsigned mask = homeMask_;
     while (at != end) {
         unsigned const byte = *at++;
-        unsigned const home = homeOf(current, byte);
+        unsigned const home = homeOf(current, byte, mask);
         Home const first = homes_[home];
         if (first.parent == current) {
             current = first.code;
@@ -148,6 +164,10 @@ void ioLzwEncoder::encode(char const * bytes, int count) {
         put(static_cast<int>(current));
         if (nextFree_ < ioLzw::codeLimit) {
             add(home, current, byte, last);
+            if (nextFree_ > static_cast<int>(mask) && mask < mostHomes - 1) {
+                addHomes();
+                mask = homeMask_;
+            }
         } else if (inputAtEnd - (end - at) >= checkpoint_) {
             testRatio(inputAtEnd - (end - at));
         }

@@ -63,13 +63,16 @@ private:
 
     ioLzwEncoder();
     bool knowsTwoZeros();
+    void addHomes();
     void add(unsigned home, unsigned parent, unsigned byte, unsigned last);
     void testRatio(std::int64_t input);
     void clearStrings();
     void put(int code);
     void writeGroup();
 
-    static constexpr int numHomes = 65536;
+    // As long as there are few strings, few homes are cleared and stay close.
+    static constexpr unsigned firstHomes = 4096;
+    static constexpr unsigned mostHomes = 65536;
     static constexpr int noCode = -1;
     static constexpr std::uint16_t endOfList = 0;
     // Nothing has the end code for its parent.
@@ -96,7 +99,8 @@ private:
     char * outputEnd_;
     char output_[outputCapacity];
     Slots slots_;
-    Home homes_[numHomes];
+    unsigned homeMask_ = firstHomes - 1;
+    Home homes_[mostHomes];
     String strings_[ioLzw::codeLimit];
     unsigned char lastBytes_[ioLzw::codeLimit];
 };
