@@ -30,9 +30,8 @@ public:
 
     qvUtil::Error extract(ioPackageFileEntry const & entry, qvUtil::Progress & progress) {
         qvString::IString file;
-        if (qvUtil::Error const error = ioPackageFile::placeBelow(directory_, entry.getName(), file))
+        if (qvUtil::Error const error = place(entry.getName(), file))
             return error;
-        makeDirectory(qvOS::Filename(file).dirname());
         if (qvUtil::Error const error = package_.extractEntry(&entry, file, left_, &progress))
             return error;
         struct ::stat status;
@@ -48,19 +47,39 @@ public:
     }
 
 private:
+    // Where an entry goes. Those of one directory follow one another, and what was looked at for the first is not
+    // looked at again.
+    qvUtil::Error place(qvString::IString const & name, qvString::IString & file) {
+        unsigned const last = std::max(name.rfind(L'/') + 1, name.rfind(L'\\') + 1); // 0 without any
+        qvString::IString const folder = name.substr(0, last);
+        if (last > 0 && folder == folder_) {
+            file = place_;
+            file.append(name.substr(last));
+            return ioPackageFile::verifyExtractName(name);
+        }
+        folder_ = qvString::IString();
+        if (qvUtil::Error const error = ioPackageFile::placeBelow(directory_, name, file))
+            return error;
+        if (makeDirectory(qvOS::Filename(file).dirname())) {
+            folder_ = folder;
+            place_ = file.substr(0, file.rfind(L'/') + 1);
+        }
+        return qvUtil::Error();
+    }
+
     // Two that make the same directory at once would take each other's for a failure. One of its own is told by the
     // entry that goes there.
-    void makeDirectory(qvString::IString const & name) {
-        if (name.isEmpty() || name == made_)
-            return;
+    static bool makeDirectory(qvString::IString const & name) {
+        if (name.isEmpty())
+            return false;
         std::lock_guard const lock(makingDirectories);
-        if (!qvOS::File(name).makeDirectoryAll())
-            made_ = name;
+        return !qvOS::File(name).makeDirectoryAll();
     }
 
     ioPackageFile const & package_;
     qvString::IString directory_;
-    qvString::IString made_; // the last one
+    qvString::IString folder_; // of the last name, with the separator behind it; empty when there is none
+    qvString::IString place_;  // of that folder's entries, with the separator too
     std::int64_t left_;
 };
 
