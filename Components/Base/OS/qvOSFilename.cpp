@@ -181,7 +181,10 @@ void Filename::canonicalize(IString const & in, wchar_t sep, IString & out) cons
 // A run shrinks to one separator, but a doubled one at the very start, which begins a network name, stays.
 void Filename::removeDuplicateSeparators(IString & s, wchar_t sep) const {
     wchar_t const doubled = patternSeparator(sep);
+    wchar_t const pair[] = {doubled, doubled};
     WideView const text = viewOf(s);
+    if (text.find(WideView(pair, 2), 1) == WideView::npos)
+        return; // as a rule
     WideText result;
     result.reserve(text.size());
     for (std::size_t i = 0; i < text.size(); ++i)
@@ -212,6 +215,8 @@ void Filename::removeSlashDotDotSlash(IString & s, wchar_t sep) const {
     wchar_t const pattern[] = {slash, L'.', L'.', slash};
     constexpr std::size_t patternLength = 4;
     WideView const text = viewOf(s);
+    if (text.find(WideView(pattern, patternLength)) == WideView::npos)
+        return; // as a rule
     WideText walked;
     walked.reserve(text.size());
     for (std::size_t at = 0; at < text.size();) {

@@ -84,13 +84,14 @@ Error ioPackageFile::verifyAddEntry(IString const & name) const {
         return Error(4, "This package file can not be modified as it is not writable.");
     if (name.isEmpty())
         return Error(11, "The name can not be empty.");
-    if (qvOS::isWindowsReservedDeviceName(Filename(name)))
+    Filename const normal(name);
+    if (qvOS::isWindowsReservedDeviceName(normal))
         return Error(11, L"File is using a windows reserved device name.  Please choose another name: %S",
                      name.asWChar());
     // The directory ends a name at its first zero, and holds UTF-8.
     if (name.find(L'\0') != IString::npos || hasHalfPair(name))
         return ioPackageCopy::notAllowed(name);
-    IString const component = Filename(name).basename();
+    IString const component = normal.basename();
     return component == L"." || component == L".." ? ioPackageCopy::notAllowed(name) : Error();
 }
 
