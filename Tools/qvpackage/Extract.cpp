@@ -103,7 +103,9 @@ private:
         constexpr std::size_t enoughForEach = 64;
         std::size_t const processors = std::max(std::thread::hardware_concurrency(), 1U);
         std::size_t const count = options_.limit >= 0 ? 1 : std::min(processors, entries_.size() / enoughForEach + 1);
-        std::vector<std::thread> helpers;
+        qvUtil::Progress progress;
+        ProgressBar const bar(ProgressBar::Use::whereATerminalIs, progress);
+        std::vector<std::jthread> helpers; // joined at the end, whatever ends it
         helpers.reserve(count);
         try {
             while (helpers.size() + 1 < count) {
@@ -113,29 +115,33 @@ private:
         } catch (std::system_error const &) {
             // Fewer do it too.
         }
-        qvUtil::Progress progress;
-        ProgressBar const bar(ProgressBar::Use::whereATerminalIs, progress);
         work(file, &progress);
-        {
-            std::unique_lock lock(mutex_);
-            while (!ended_.wait_for(lock, std::chrono::milliseconds(100), [&] { return numHelping_ == numEnded_; }))
-                show(progress);
+        std::unique_lock lock(mutex_);
+        while (!ended_.wait_for(lock, std::chrono::milliseconds(100), [this] { return numHelping_ == numEnded_; })) {
+            lock.unlock();
+            show(progress);
+            lock.lock();
         }
-        for (std::thread & helper : helpers)
-            helper.join();
         if (thrown_)
             std::rethrow_exception(thrown_);
     }
 
     void help() {
-        {
+        try {
             ioPackageFile own;
             if (!own.open(nameOf(package_)))
                 work(own, nullptr);
+        } catch (...) {
+            keepThrown();
         }
         std::lock_guard const lock(mutex_);
         ++numEnded_;
         ended_.notify_one();
+    }
+
+    void keepThrown() {
+        std::lock_guard const lock(mutex_);
+        thrown_ = std::current_exception();
     }
 
     // Takes the next entries as long as there are some: several, so that threads mostly write to directories of their
@@ -148,8 +154,7 @@ private:
                 for (std::size_t i = first; i < std::min(first + atOnce, entries_.size()); ++i)
                     errors_[i] = extract(extractor, file, entries_[i]->getName(), progress);
         } catch (...) {
-            std::lock_guard const lock(mutex_);
-            thrown_ = std::current_exception();
+            keepThrown();
         }
     }
 

@@ -5,6 +5,7 @@
 #include "Base/Utility/qvUtilProgress.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <system_error>
 
@@ -28,6 +29,7 @@ Preparation::Preparation(std::vector<FileToAdd> const & files, bool compress) : 
     std::size_t const wanted = compress ? processors : processors - 1;
     std::size_t const count = std::min({wanted, mostWorkers, files_.size()});
     slots_.resize(mostAhead);
+    workers_.reserve(count);
     try {
         while (workers_.size() < count)
             workers_.emplace_back([this] { work(); });
@@ -80,7 +82,7 @@ bool Preparation::hasRoom() const {
 }
 
 void Preparation::work() {
-    std::vector<Slot> done;
+    std::array<Slot, mostAtOnce> done;
     std::unique_lock lock(mutex_);
     for (;;) {
         ++numIdle_;
@@ -94,9 +96,8 @@ void Preparation::work() {
         for (std::size_t i = first; i < end; ++i)
             ahead_ += files_[i].size;
         lock.unlock();
-        done.clear();
         for (std::size_t i = first; i < end; ++i)
-            done.push_back(prepare(files_[i]));
+            done[i - first] = prepare(files_[i]);
         lock.lock();
         for (std::size_t i = first; i < end; ++i)
             slots_[i % mostAhead] = std::move(done[i - first]);

@@ -7,6 +7,7 @@
 #include "Base/DataFiles/ioBufferedStreamOutput.h"
 #include "Base/OS/qvOSFile.h"
 #include "Base/Platform/PlatformFile.h"
+#include "Base/Platform/PlatformScopedDescriptor.h"
 
 using qvString::IString;
 using qvUtil::Error;
@@ -44,8 +45,8 @@ bool ioPackageFileSource::Impl::Ready::finish() {
 }
 
 bool ioPackageFileSource::Impl::Ready::load(IString const & file, std::int64_t size) {
-    auto descriptor = qvPlatform::noDescriptor;
-    if (!qvPlatform::openForReading(file, descriptor).good())
+    qvPlatform::ScopedDescriptor opened;
+    if (!qvPlatform::openForReading(file, *opened).good())
         return false;
     // One byte more than there should be is enough to know that it has grown.
     bytes_.resize(static_cast<std::size_t>(size) + 1);
@@ -53,12 +54,12 @@ bool ioPackageFileSource::Impl::Ready::load(IString const & file, std::int64_t s
     qvPlatform::TransferResult piece;
     do {
         qvPlatform::MutablePiece const rest{bytes_.data() + got, bytes_.size() - got};
-        piece = qvPlatform::readSome(descriptor, {&rest, 1});
+        piece = qvPlatform::readSome(*opened, {&rest, 1});
         got += piece.count;
     } while (piece.result.good() && piece.count > 0 && got < bytes_.size());
     bool const isWhole = piece.result.good() && got + 1 == bytes_.size();
     bytes_.resize(got);
-    return qvPlatform::closeDescriptor(descriptor).good() && isWhole && finish();
+    return isWhole && finish();
 }
 
 Error ioPackageFileSource::Impl::Ready::read(void * buffer, unsigned int size, unsigned int * count) {

@@ -1,9 +1,9 @@
 #include "Base/OS/qvOSFileOperations.h"
 
-#include "Base/OS/Internal/ScopedDescriptor.h"
 #include "Base/OS/qvOSFile.h"
 #include "Base/OS/qvOSFileFactory.h"
 #include "Base/Platform/PlatformFileSystem.h"
+#include "Base/Platform/PlatformScopedDescriptor.h"
 #include "Base/Utility/Internal/SystemErrorText.h"
 
 #include <memory>
@@ -29,8 +29,8 @@ void removeCopy(IString const & to, FileFacts const & written) {
 }
 
 // The target is empty, or no file at all. A copy is never open to more users than its source.
-FileResult fill(ScopedDescriptor & source, FileFacts const & sourceFacts, ScopedDescriptor & target,
-                FileFacts const & targetFacts) {
+FileResult fill(qvPlatform::ScopedDescriptor & source, FileFacts const & sourceFacts,
+                qvPlatform::ScopedDescriptor & target, FileFacts const & targetFacts) {
     bool const isFile = targetFacts.kind == FileKind::file;
     if (isFile)
         static_cast<void>(qvPlatform::narrowPermissions(*target, targetFacts, sourceFacts));
@@ -50,12 +50,12 @@ FileResult copyFile(IString const & from, IString const & to, bool overwrite) {
     FileResult result = qvPlatform::queryFile(from, Links::follow, facts);
     if (result.good() && facts.kind != FileKind::file)
         result.outcome = facts.kind == FileKind::directory ? FileOutcome::notUsable : FileOutcome::failed;
-    ScopedDescriptor source;
+    qvPlatform::ScopedDescriptor source;
     if (result.good())
         result = qvPlatform::openFile(from, qvPlatform::OpenMode::read, *source);
     if (result.good())
         result = qvPlatform::queryDescriptor(*source, facts);
-    ScopedDescriptor target;
+    qvPlatform::ScopedDescriptor target;
     FileFacts targetFacts;
     if (result.good())
         result = overwrite ? qvPlatform::openForWriting(to, qvPlatform::Truncation::keep, *target)

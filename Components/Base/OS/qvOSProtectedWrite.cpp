@@ -1,10 +1,10 @@
 #include "Base/OS/qvOSProtectedWrite.h"
 
-#include "Base/OS/Internal/ScopedDescriptor.h"
 #include "Base/OS/qvOSFile.h"
 #include "Base/OS/qvOSFileOperations.h"
 #include "Base/OS/qvOSTemporaryFiles.h"
 #include "Base/Platform/PlatformFileSystem.h"
+#include "Base/Platform/PlatformScopedDescriptor.h"
 
 #include <cstdlib>
 
@@ -36,7 +36,7 @@ bool isOneDirectory(Filename const & a, Filename const & b) { return a.dirname()
 
 // On stable storage, with the permissions of the model if there is one.
 bool makeDurable(Filename const & name, FileFacts const * model) {
-    ScopedDescriptor file;
+    qvPlatform::ScopedDescriptor file;
     if (!qvPlatform::openFile(name.name(), qvPlatform::OpenMode::read, *file).good())
         return false;
     if (model != nullptr)

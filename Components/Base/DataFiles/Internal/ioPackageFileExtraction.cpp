@@ -7,6 +7,7 @@
 #include "Base/OS/qvOSFile.h"
 #include "Base/OS/qvOSFilename.h"
 #include "Base/Platform/PlatformFileSystem.h"
+#include "Base/Platform/PlatformScopedDescriptor.h"
 
 #include <algorithm>
 
@@ -31,7 +32,6 @@ public:
     Target(Target const &) = delete;
     Target & operator=(Target const &) = delete;
     ~Target() {
-        static_cast<void>(close());
         if (!beside_.isEmpty())
             qvPlatform::removeFile(beside_);
     }
@@ -48,10 +48,9 @@ public:
             qvPlatform::queryFile(package, Links::follow, forbidden).good() && followed.identity == forbidden.identity)
             return false;
         if (isThere && facts.kind == FileKind::other)
-            return qvPlatform::openForWriting(name_, qvPlatform::Truncation::truncate, descriptor_).good();
+            return qvPlatform::openForWriting(name_, qvPlatform::Truncation::truncate, *file_).good();
         IString unique;
-        if (!qvPlatform::makeUniqueFile(Filename(name_).dirname(), L"ext", qvPlatform::Access::byMask, unique,
-                                        descriptor_)
+        if (!qvPlatform::makeUniqueFile(Filename(name_).dirname(), L"ext", qvPlatform::Access::byMask, unique, *file_)
                  .good())
             return false;
         beside_.swap(unique);
@@ -59,10 +58,10 @@ public:
     }
     bool write(char const * bytes, int count) {
         qvPlatform::ConstantPiece const piece{bytes, static_cast<std::size_t>(count)};
-        return qvPlatform::writeAll(descriptor_, {&piece, 1}).result.good();
+        return qvPlatform::writeAll(*file_, {&piece, 1}).result.good();
     }
     bool finish() {
-        if (!close())
+        if (!file_.close().good())
             return false;
         if (beside_.isEmpty())
             return true;
@@ -73,17 +72,9 @@ public:
     }
 
 private:
-    bool close() {
-        if (descriptor_ == qvPlatform::noDescriptor)
-            return true;
-        qvPlatform::Descriptor const descriptor = descriptor_;
-        descriptor_ = qvPlatform::noDescriptor;
-        return qvPlatform::closeDescriptor(descriptor).good();
-    }
-
     IString const & name_;
     IString beside_; // empty when there is none to remove
-    qvPlatform::Descriptor descriptor_ = qvPlatform::noDescriptor;
+    qvPlatform::ScopedDescriptor file_;
 };
 
 // A directory in a form to which names can be joined. One on whose way ".." stands, or that looks like a drive, would
