@@ -1,3 +1,4 @@
+#include "DataFiles/MemoryStream.h"
 #include "DataFiles/PacketFileSupport.h"
 
 #include <gmock/gmock.h>
@@ -11,27 +12,25 @@ std::string const header = "^@\n1\n1 1 1\n1 2 4 8 4 8 4\n@\n";
 
 // What a registry reads from a text, as ioStatus.
 int readRegistry(ioPacketRegistry & registry, std::string const & text) {
-    ScratchDirectory const scratch;
-    writeBytes(scratch.path("file"), text);
+    MemoryStream memory(text);
     ioBufferedStreamInput stream;
-    stream.openFile(wide(scratch.path("file")));
+    stream.openIOStream(&memory);
     return registry.readRegistry(stream);
 }
 
 std::string written(std::function<void(ioBufferedStreamOutput &)> const & write) {
-    ScratchDirectory const scratch;
+    MemoryStream memory;
     ioBufferedStreamOutput stream;
-    stream.openFile(wide(scratch.path("file")));
+    stream.openIOStream(&memory);
     write(stream);
     stream.close();
-    return bytesOf(scratch.path("file"));
+    return memory.bytes;
 }
 
 ioReadMethod readMethodOf(std::string const & text, bool & valid) {
-    ScratchDirectory const scratch;
-    writeBytes(scratch.path("file"), text);
+    MemoryStream memory(text);
     ioBufferedStreamInput stream;
-    stream.openFile(wide(scratch.path("file")));
+    stream.openIOStream(&memory);
     ioHeader read;
     EXPECT_FALSE(read.isValid());
     valid = read.readHeader(stream);
@@ -75,17 +74,14 @@ TEST(Header, IsReadOnlyWhenItCanBe) {
         readMethodOf(header.substr(0, cut), valid);
         EXPECT_FALSE(valid) << cut;
     }
-    TestRegistry registry(true);
-    EXPECT_EQ(nullptr, Reader("", registry).context);
-    EXPECT_EQ(nullptr, Reader("^@\n1\n1 7 1\n1 2 4 8 4 8 4\n@\n@\n", registry).context);
+    EXPECT_EQ(nullptr, Reader("", {}).context);
+    EXPECT_EQ(nullptr, Reader("^@\n1\n1 7 1\n1 2 4 8 4 8 4\n@\n@\n", {}).context);
 }
 
 // The whole file as a text, to the byte.
 TEST(PacketFileLayout, AsciiFileIsAsDocumented) {
-    TestRegistry registry(false);
-    registry.with("demo.item");
     int item = 0;
-    std::string const file = writeFile(Form::ascii, registry, [&](ioWriteContext & to) {
+    std::string const file = writeFile(Form::ascii, {"demo.item"}, [&](ioWriteContext & to) {
         for (int reference = 1; reference < 5; ++reference) {
             to.getReferenceMap()->newReference(&to + reference);
         }
@@ -100,10 +96,8 @@ TEST(PacketFileLayout, AsciiFileIsAsDocumented) {
 
 TEST(PacketFileLayout, FieldsHaveTheirBytes) {
     auto const body = [](Form form) {
-        TestRegistry registry(false);
-        registry.with("t");
         int object = 0;
-        std::string const file = writeFile(form, registry, [&](ioWriteContext & to) {
+        std::string const file = writeFile(form, {"t"}, [&](ioWriteContext & to) {
             to.startPacket("t", &object);
             to.writeBool(true);
             to.writeChar(-2);
@@ -256,19 +250,16 @@ TEST(Registry, ModulesRegisterThroughTheSignal) {
 }
 
 TEST(Registry, FilesWithoutTypeLinesNeedTheSameNumbers) {
-    ScratchDirectory const scratch;
     TestRegistry registry(false);
     registry.with("t");
-    ioBufferedStreamOutput stream;
-    stream.openFile(wide(scratch.path("file")));
-    auto const writer = makeWriter(stream, Form::ascii, &registry);
-    writer->writePacketRegistry(false);
-    writer->startFile();
-    writer->startPacket("t", nullptr);
-    writer->endPacket();
-    writer->endFile();
-    stream.close();
-    std::string const file = bytesOf(scratch.path("file"));
+    std::string const file = written([&](ioBufferedStreamOutput & to) {
+        auto const writer = makeWriter(to, Form::ascii, &registry);
+        writer->writePacketRegistry(false);
+        writer->startFile();
+        writer->startPacket("t", nullptr);
+        writer->endPacket();
+        writer->endFile();
+    });
     EXPECT_EQ("^@\n1\n1 0 1\n1 2 4 8 4 8 4\n@\n@\n{ 2 0 }\n{ 1 0 }\n", file);
 
     int calls = 0;

@@ -32,12 +32,7 @@ std::string binaryFile(std::string const & packets) {
 
 std::string number(std::int32_t value) { return std::string(reinterpret_cast<char const *>(&value), sizeof value); }
 
-int statusOf(std::string const & file, ReadFunction read) {
-    TestRegistry registry(true);
-    registry.with("t", std::move(read));
-    Reader reader(file, registry);
-    return reader.read();
-}
+int statusOf(std::string const & file, ReadFunction read) { return Reader(file, std::move(read)).read(); }
 
 #ifdef __SANITIZE_ADDRESS__
 constexpr bool memoryCanBeLimited = false; // the sanitizer takes far more than it is limited to
@@ -161,10 +156,7 @@ TEST(HostileFile, AsciiBracketsThatDoNotFit) {
 // In both encodings a chunk keeps its data while a sub-packet of it is read.
 TEST(HostileFile, ChunksHaveDataBehindTheirSubPackets) {
     for (Form const form : allForms) {
-        TestRegistry writing(false);
-        writing.with("t");
-        std::string const file = writeFile(form, writing, [](ioWriteContext & to) {
-            to.startPacket("t", nullptr);
+        std::string const file = writePacket(form, [](ioWriteContext & to) {
             to.startChunk();
             for (int depth = 0; depth < 25; ++depth) {
                 to.startSubPacket();
@@ -175,7 +167,6 @@ TEST(HostileFile, ChunksHaveDataBehindTheirSubPackets) {
                 to.endSubPacket();
             }
             to.writeInt(7);
-            to.endPacket();
         });
         EXPECT_EQ(ioGood, statusOf(file, [](ioReadContext & from) {
                       from.nextChunk();
@@ -205,7 +196,6 @@ TEST(HostileFile, AsciiFieldsThatAreNone) {
         EXPECT_THAT(values, testing::Each(0));
     }
     for (char const * body : {"abc", "\"abc", "\"abc\\", "\"", "] ", "> ", "5 \"a\" "}) {
-        std::string text;
         bool const read = std::string(body) == "5 \"a\" ";
         EXPECT_EQ(read ? ioGood : ioBadData, statusOf(asciiFile(std::string("{ 2 0 ") + body + "}\n"),
                                                       [&](ioReadContext & from) {
@@ -220,28 +210,24 @@ TEST(HostileFile, AsciiFieldsThatAreNone) {
 TEST(HostileFile, TextsThatAreMissingAreBadData) {
     FatalErrorsThrow const hook;
     for (char const * body : {"5 ", "5 ] ", "5 > ", "5 \n  [ \"abc\" ] ", "5 \"abc", ""}) {
-        TestRegistry registry(true);
-        EXPECT_EQ(ioBadData, Reader(asciiFile(std::string("{ 0 1 ") + body + "}\n"), registry).read()) << body;
+        EXPECT_EQ(ioBadData, statusOf(asciiFile(std::string("{ 0 1 ") + body + "}\n"), {})) << body;
     }
-    TestRegistry registry(true);
     std::string packet = binaryPacket(1, number(5) + "abc");
     packet[0] = 0;
-    EXPECT_EQ(ioBadData, Reader(binaryFile(packet), registry).read());
+    EXPECT_EQ(ioBadData, statusOf(binaryFile(packet), {}));
 }
 
 TEST(HostileFile, TagsFromAboveAsciiPassAndOthersAreNamed) {
-    FatalErrorsThrow const hook;
     EXPECT_EQ(ioGood, statusOf(asciiFile("{ 2 0 \xe9"
                                          "7 }\n",
                                          '2'),
                                [](ioReadContext & from) { EXPECT_EQ(7, from.readInt()); }));
-    try {
-        statusOf(asciiFile("{ 2 0 ?7 }\n", '2'), [](ioReadContext & from) { from.readUInt64Array(nullptr, 1); });
-        FAIL();
-    } catch (FatalErrorsThrow::Thrown const & thrown) {
-        EXPECT_EQ(0u, thrown.text.find("Packet file type mismatch:\n   got: (invalid type) (3f)\n"
-                                       "   expected: UInt64Array (38)\n"));
-    }
+    EXPECT_THAT(fatalTextOf([] {
+                    statusOf(asciiFile("{ 2 0 ?7 }\n", '2'),
+                             [](ioReadContext & from) { from.readUInt64Array(nullptr, 1); });
+                }),
+                testing::StartsWith("Packet file type mismatch:\n   got: (invalid type) (3f)\n"
+                                    "   expected: UInt64Array (38)\n"));
 }
 
 TEST(HostileFile, BadPacketsAreDeliveredToTheirEnd) {
@@ -251,9 +237,8 @@ TEST(HostileFile, BadPacketsAreDeliveredToTheirEnd) {
         void postPacketRead() override { events += "post "; }
         std::string events;
     };
-    TestRegistry registry(true);
     Client * current = nullptr;
-    registry.with("t", [&](ioReadContext & from) {
+    Reader reader(asciiFile("{ 2 0 1 }\n{ 2 0 2 }\n{ 2 0 3 }\n"), [&](ioReadContext & from) {
         current->events += "read ";
         if (from.readInt() == 2) {
             from.badPacket();
@@ -261,7 +246,6 @@ TEST(HostileFile, BadPacketsAreDeliveredToTheirEnd) {
             EXPECT_TRUE(from.good());
         }
     });
-    Reader reader(asciiFile("{ 2 0 1 }\n{ 2 0 2 }\n{ 2 0 3 }\n"), registry);
     Client client(*reader.context);
     current = &client;
     EXPECT_EQ(ioBadData, reader.context->readFile(client));
@@ -336,9 +320,7 @@ TEST(HostileFile, TimeGrowsWithTheSizeOnly) {
             for (int i = 0; i < n / 4; ++i) {
                 file += "^@\n1\n1 0 1\n1 2 4 8 4 8 4\n@\n@\n{ 1 0 }\n";
             }
-            TestRegistry registry(true);
-            registry.with("t", [](ioReadContext & from) { from.useReference(from.readReference()); });
-            Reader reader(file, registry);
+            Reader reader(file, [](ioReadContext & from) { from.useReference(from.readReference()); });
             do {
                 reader.read();
             } while (reader.context->reusePacketFile());

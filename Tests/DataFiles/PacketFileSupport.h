@@ -22,6 +22,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <functional>
+#include <initializer_list>
 #include <memory>
 #include <ostream>
 #include <set>
@@ -103,6 +104,18 @@ private:
         return reported;
     }
 };
+
+// What a fatal error in the function reports, "" when there is none.
+template <typename Function>
+std::string fatalTextOf(Function function) {
+    FatalErrorsThrow const hook;
+    try {
+        function();
+    } catch (FatalErrorsThrow::Thrown const & thrown) {
+        return thrown.text;
+    }
+    return "";
+}
 
 template <typename T>
 T reversedBytes(T value) {
@@ -227,6 +240,25 @@ inline std::string writeFile(Form form, ioPacketRegistry & registry, std::functi
     return bytes;
 }
 
+// The same, with types of these names.
+inline std::string writeFile(Form form, std::initializer_list<char const *> types,
+                             std::function<void(ioWriteContext &)> const & fill) {
+    TestRegistry registry(false);
+    for (char const * type : types) {
+        registry.with(type);
+    }
+    return writeFile(form, registry, fill);
+}
+
+// A file with one packet, of the type "t".
+inline std::string writePacket(Form form, std::function<void(ioWriteContext &)> const & fill) {
+    return writeFile(form, {"t"}, [&](ioWriteContext & to) {
+        to.startPacket("t", nullptr);
+        fill(to);
+        to.endPacket();
+    });
+}
+
 // Remembers what packets defined.
 class CollectingClient : public ioClientReadContext {
 public:
@@ -248,7 +280,14 @@ public:
 // A reader on bytes, with its stream and file.
 class Reader {
 public:
-    Reader(std::string const & bytes, ioPacketRegistry & registry) {
+    Reader(std::string const & bytes, ioPacketRegistry & registry) { open(bytes, registry); }
+    // The function reads the packets of the type "t".
+    Reader(std::string const & bytes, ReadFunction read) { open(bytes, types.with("t", std::move(read))); }
+    // -1 when there was no header.
+    int read() { return context ? int{context->readFile(*client)} : -1; }
+
+private:
+    void open(std::string const & bytes, ioPacketRegistry & registry) {
         writeBytes(scratch_.path("file"), bytes);
         stream.openFile(wide(scratch_.path("file")));
         context.reset(ioReadContextAlloc(stream, &registry));
@@ -256,13 +295,11 @@ public:
             client = std::make_unique<CollectingClient>(*context);
         }
     }
-    // -1 when there was no header.
-    int read() { return context ? int{context->readFile(*client)} : -1; }
 
-private:
     ScratchDirectory scratch_;
 
 public:
+    TestRegistry types{true};
     ioBufferedStreamInput stream;
     std::unique_ptr<ioReadContext> context;
     std::unique_ptr<CollectingClient> client;

@@ -139,8 +139,7 @@ TEST(ReferenceMap, FillsWhatWaitsAndReportsWhatStaysOpen) {
     map->setDefinition(20, &unused, false);
     map->markDefined(20, &other);
 
-    TestRegistry registry(false);
-    Reader reader(writeFile(Form::ascii, registry, [](ioWriteContext &) {}), registry);
+    Reader reader(writeFile(Form::ascii, {}, [](ioWriteContext &) {}), {});
     map->resolveRemaining(*reader.client);
     EXPECT_THAT(wanting.unresolved, testing::ElementsAre(std::pair<void *, int>(&locations[3], 4)));
     EXPECT_TRUE(other.unresolved.empty());
@@ -163,8 +162,7 @@ TEST(ReferenceMap, CopesWithDefinitionsDuringTheReport) {
         int calls = 0;
         int object = 0;
     } type;
-    TestRegistry registry(false);
-    Reader reader(writeFile(Form::ascii, registry, [](ioWriteContext &) {}), registry);
+    Reader reader(writeFile(Form::ascii, {}, [](ioWriteContext &) {}), {});
     void * locations[3];
     for (void *& location : locations) {
         reader.context->getReferenceMap()->resolve(3, &location, &type, 0);
