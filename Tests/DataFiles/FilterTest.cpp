@@ -30,13 +30,20 @@ enum class Filter { compress, checksum, encrypt };
 using Filters = std::vector<Filter>;
 
 void push(ioBufferedStream & stream, Filter filter, bool on = true) {
-    switch (filter) {
-    case Filter::compress:
-        return stream.compress(on);
-    case Filter::checksum:
-        return stream.checksum(on);
-    case Filter::encrypt:
-        return stream.encrypt(on);
+    static constexpr void (ioBufferedStream::*forms[])(bool) = {
+        &ioBufferedStream::compress, &ioBufferedStream::checksum, &ioBufferedStream::encrypt};
+    (stream.*forms[static_cast<int>(filter)])(on);
+}
+
+void pushAll(ioBufferedStream & stream, Filters const & filters) {
+    for (Filter const filter : filters) {
+        push(stream, filter);
+    }
+}
+
+void popAll(ioBufferedStream & stream, Filters const & filters) {
+    for (std::size_t n = filters.size(); n > 0; --n) {
+        push(stream, filters[n - 1], false);
     }
 }
 
@@ -45,12 +52,10 @@ enum class End { byClose, byPops };
 ioStreamStatus write(MemoryStream & memory, std::string const & data, Filters const & filters, End end) {
     ioBufferedStreamOutput out;
     out.openIOStream(&memory);
-    for (Filter const filter : filters) {
-        push(out, filter);
-    }
+    pushAll(out, filters);
     out.writeData(data.data(), static_cast<int>(data.size()));
-    for (std::size_t n = end == End::byPops ? filters.size() : 0; n > 0; --n) {
-        push(out, filters[n - 1], false);
+    if (end == End::byPops) {
+        popAll(out, filters);
     }
     out.close();
     return out.getStatus();
@@ -83,9 +88,7 @@ ReadBack readBack(std::string const & stream, Filters const & filters, SeededRan
     MemoryStream memory(stream);
     ioBufferedStreamInput in;
     in.openIOStream(&memory);
-    for (Filter const filter : filters) {
-        push(in, filter);
-    }
+    pushAll(in, filters);
     std::string data = readAll(in, random);
     return {std::move(data), in.getStatus()};
 }
@@ -364,16 +367,9 @@ TEST(EncryptFilter, WritesAndReadsTheFramesOfTheReference) {
                   readBack(std::string(1, static_cast<char>(mark)) + "\1x", {Filter::encrypt}, random).status);
     }
     std::string const frames("\1\0\2ab\0\0\1c\0", 10); // empty frames anywhere, all in the clear
-    MemoryStream memory(frames);
-    ioBufferedStreamInput in;
-    in.openIOStream(&memory);
-    in.encrypt(true);
-    for (char const c : {'a', 'b', 'c', '\0'}) {
-        EXPECT_EQ(c, in.readChar());
-    }
-    EXPECT_EQ(ioStreamEOF, in.getStatus());
-    std::size_t const frameEnds[] = {0, 1, 2, 5, 6, 7, 9};
-    for (std::size_t cut = 0; cut < frames.size(); ++cut) {
+    EXPECT_EQ("abc", readBack(frames, {Filter::encrypt}, random).data);
+    std::size_t const frameEnds[] = {0, 1, 2, 5, 6, 7, 9, 10};
+    for (std::size_t cut = 0; cut <= frames.size(); ++cut) {
         bool const between = std::count(std::begin(frameEnds), std::end(frameEnds), cut) != 0;
         EXPECT_EQ(between ? ioStreamEOF : ioStreamFailed,
                   readBack(frames.substr(0, cut), {Filter::encrypt}, random).status);
@@ -423,9 +419,7 @@ TEST(Filters, StackOnAnyEnd) {
             }
             data += piece;
         }
-        for (std::size_t n = filters.size(); n > 0; --n) {
-            push(out, filters[n - 1], false);
-        }
+        popAll(out, filters);
         EXPECT_TRUE(out.good());
         out.writeString("behind");
         out.close();
@@ -454,9 +448,7 @@ TEST(Filters, StackOnAnyEnd) {
             ASSERT_TRUE(data == got);
             // Only the compressor's data has an end of its own: below or above the others what follows is theirs.
             if (filters.empty() || (filters == Filters{Filter::compress} && !data.empty())) {
-                for (std::size_t n = filters.size(); n > 0; --n) {
-                    push(in, filters[n - 1], false);
-                }
+                popAll(in, filters);
                 EXPECT_EQ("behind", readAll(in, random));
                 EXPECT_EQ(ioStreamEOF, in.getStatus());
             }
@@ -480,9 +472,7 @@ TEST(Filters, AFullDiskShowsWhereverItIsMet) {
         }
         ioBufferedStreamOutput full;
         full.openFile(wide("/dev/full"));
-        for (Filter const filter : filters) {
-            push(full, filter);
-        }
+        pushAll(full, filters);
         full.writeString("x");
         full.close();
         EXPECT_EQ(ioStreamDiskFull, full.getStatus());
