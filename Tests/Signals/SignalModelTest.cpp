@@ -82,36 +82,21 @@ private:
     void addClient() { clients_.emplace(nextId_++, std::make_unique<qvRTB::SignalClient>()); }
 
     void act() {
-        switch (pick(16)) {
-        case 0:
-        case 1:
-        case 2:
-        case 3:
-        case 4:
-        case 5:
-            return connect();
-        case 6:
-        case 7:
-            return disconnect();
-        case 8:
-            if (clients_.size() < 6)
-                addClient();
-            return;
-        case 9:
-            if (!clients_.empty())
-                destroyClient(pickKey(clients_));
-            return;
-        case 10:
-            if (signals_.size() < 5)
-                addSignal();
-            return;
-        case 11:
-            if (!signals_.empty() && pick(3) == 0)
-                destroySignal(pickKey(signals_));
-            return;
-        default:
-            return emit();
-        }
+        int const choice = pick(16);
+        if (choice < 6)
+            connect();
+        else if (choice < 8)
+            disconnect();
+        else if (choice == 8 && clients_.size() < 6)
+            addClient();
+        else if (choice == 9 && !clients_.empty())
+            destroyClient(pickKey(clients_));
+        else if (choice == 10 && signals_.size() < 5)
+            addSignal();
+        else if (choice == 11 && !signals_.empty() && pick(3) == 0)
+            destroySignal(pickKey(signals_));
+        else if (choice > 11)
+            emit();
     }
 
     void connect() {

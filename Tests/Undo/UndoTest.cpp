@@ -11,29 +11,30 @@ namespace {
 
 using namespace qvTest;
 
+using Log = std::vector<std::string>;
+
+// Writes down what happens to it, under its name.
 struct Probe : qvUndo::Command {
-    std::vector<std::string> & log;
+    Log & log;
+    std::string const name;
     std::function<bool()> doing = [] { return true; };
+    std::function<void(std::string const &)> meanwhile = [](std::string const &) {};
     int asked = 0;
-    Probe(std::vector<std::string> & l, qvUndo::Group * group, char const * name = nullptr)
-        : Command(group, name), log(l) {}
-    ~Probe() override { log.push_back("end"); }
-    bool doOperation() override {
-        log.push_back("do");
-        return doing();
-    }
-    bool undoOperation() override {
-        log.push_back("undo");
+    Probe(Log & l, qvUndo::Group * group, std::string const & n = "") : Command(group, nullptr), log(l), name(n) {}
+    ~Probe() override { happen("end"); }
+    bool happen(std::string const & what) {
+        log.push_back(what + name);
+        meanwhile(what);
         return true;
     }
+    bool doOperation() override { return happen("do") && doing(); }
+    bool undoOperation() override { return happen("undo"); }
     int getNumBytesUsed() override {
         ++asked;
         return Command::getNumBytesUsed();
     }
-    void commit() override { log.push_back("commit"); }
+    void commit() override { happen("commit"); }
 };
-
-using Log = std::vector<std::string>;
 
 TEST(UndoCommand, IsAStateMachine) {
     Trace trace;
@@ -61,65 +62,6 @@ TEST(UndoCommand, IsAStateMachine) {
     EXPECT_TRUE(backwards.undoIt() && backwards.lastWasUndoIt() && !backwards.hasBeenDone());
 }
 
-// A whole session as it stands in the file, read by eye once.
-TEST(UndoTrace, ScriptedSession) {
-    Trace trace;
-    Log log;
-    std::unique_ptr<qvUndo::Manager> manager(qvUndo::newManager());
-    EXPECT_EQ(manager->getMaxBytes(), 10000000);
-    EXPECT_EQ(manager->getMaxGroups(), 0);
-    EXPECT_TRUE(manager->undoIt());
-    qvUndo::Group * const a = manager->newGroup("A", false);
-    auto * const move = new Probe(log, a, "move");
-    EXPECT_TRUE(move->doIt());
-    manager->newGroup("empty", false);
-    EXPECT_TRUE(manager->undoIt());
-    a->declarePointer(&log);
-    manager->pointerDestroyed(&log);
-    EXPECT_FALSE(manager->doIt());
-    std::string const p = formatted("%llx", addressOf(move));
-    std::string const pointer = formatted("%llx", addressOf(&log));
-    EXPECT_EQ(trace.news(), "- qvUndo::Manager: undoIt() - 0 groups, 0 bytes used\n"
-                            "- qvUndo::Manager: undoIt() - at beginning of queue.\n"
-                            "--------------------------------------------------------\n"
-                            "qvUndo::newGroup (A, dynamic = 0)\n"
-                            "qvUndo::Manager: pruneTrailingInvalidGroups()\n"
-                            "  qvUndo::Group: new group (A)\n"
-                            "    qvUndo::Command: new (move, 0x" +
-                                p +
-                                ")\n"
-                                "    + qvUndo::Command: doIt (move, 0x" +
-                                p +
-                                "), 1024 bytes\n"
-                                "--------------------------------------------------------\n"
-                                "qvUndo::newGroup (empty, dynamic = 0)\n"
-                                "qvUndo::Manager: pruneTrailingInvalidGroups()\n"
-                                "  qvUndo::Group: new group (empty)\n"
-                                "- qvUndo::Manager: undoIt() - 2 groups, 1024 bytes used\n"
-                                "  - qvUndo::Group: undoIt() - (empty) 0 commands 0 bytes.\n"
-                                "- qvUndo::Manager: undoIt() - empty group, undoing again.\n"
-                                "- qvUndo::Manager: undoIt() - 2 groups, 1024 bytes used\n"
-                                "  - qvUndo::Group: undoIt() - (A) 1 commands 1024 bytes.\n"
-                                "    - qvUndo::Command: undoIt (move, 0x" +
-                                p +
-                                "), 1024 bytes\n"
-                                "!   qvUndo::Group: pointer 0x" +
-                                pointer +
-                                " declared by group has been destroyed\n"
-                                "!   qvUndo::Group: marking group (A) invalid.\n"
-                                "+ qvUndo::Manager: doIt() - 2 groups, 1024 bytes used\n"
-                                "  + qvUndo::Group: doIt() - (A) 1 commands 1024 bytes.\n"
-                                "  ! qvUndo::Group: doIt() - (A) invalid group.\n"
-                                "qvUndo::Manager: currentGroupIsInvalid()\n"
-                                "qvUndo::Manager: clearAllGroups()\n"
-                                "  qvUndo::Group: delete group (A) - 1024 bytes\n"
-                                "    qvUndo::Command: delete (move, 0x" +
-                                p +
-                                ")\n"
-                                "  qvUndo::Group: delete group (empty) - 0 bytes\n");
-    EXPECT_EQ(log, (Log{"do", "undo", "commit", "end"}));
-}
-
 TEST(UndoTrace, LinesAreCutAndFilesAppended) {
     std::string path;
     {
@@ -137,6 +79,8 @@ TEST(UndoTrace, LinesAreCutAndFilesAppended) {
     }
     Log log;
     std::unique_ptr<qvUndo::Manager> manager(qvUndo::newManager());
+    EXPECT_EQ(manager->getMaxBytes(), 10000000);
+    EXPECT_EQ(manager->getMaxGroups(), 0);
     manager->setMaxBytes(0);
     auto * const silent = new Probe(log, manager->newGroup("A", false));
     EXPECT_TRUE(silent->doIt() && manager->undoIt() && manager->doIt());
@@ -227,22 +171,6 @@ TEST(UndoManager, GroupsThatGoBeforeTheyAreReached) {
     }
 }
 
-struct Neighbour : qvUndo::Command {
-    Log & log;
-    std::string const name;
-    std::function<void(std::string const &)> meanwhile = [](std::string const &) {};
-    Neighbour(Log & l, qvUndo::Group * group, std::string const & n) : Command(group, nullptr), log(l), name(n) {}
-    ~Neighbour() override { happen("end"); }
-    bool happen(std::string const & what) {
-        log.push_back(what + name);
-        meanwhile(what);
-        return true;
-    }
-    bool doOperation() override { return happen("do"); }
-    bool undoOperation() override { return happen("undo"); }
-    void commit() override { happen("commit"); }
-};
-
 // The second of three commands deletes the first or the last by hand: nobody else is passed over.
 TEST(UndoManager, CommandsThatGoUnderALoop) {
     for (std::string const when : {"do", "undo", "commit", "end"}) {
@@ -250,9 +178,9 @@ TEST(UndoManager, CommandsThatGoUnderALoop) {
             Log log, expected;
             std::unique_ptr<qvUndo::Manager> manager(qvUndo::newManager());
             qvUndo::Group * const group = manager->newGroup("A", false);
-            Neighbour * commands[4] = {};
+            Probe * commands[4] = {};
             for (int i = 1; i <= 3; ++i)
-                commands[i] = new Neighbour(log, group, std::to_string(i));
+                commands[i] = new Probe(log, group, std::to_string(i));
             bool const isThere = when != "end" || victim == 3;
             commands[2]->meanwhile = [&](std::string const & what) {
                 EXPECT_TRUE(what[0] == 'd' || what[0] == 'u' || !(group->doIt() || group->undoIt()));
