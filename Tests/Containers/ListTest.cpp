@@ -71,6 +71,11 @@ public:
         int const value = random_.below(50);
         auto const ourPos = std::next(ours.begin(), at);
         auto const theirPos = std::next(theirs.begin(), at);
+        // Does the same to ours and theirs, with the other of each at hand.
+        auto const both = [&](auto change) {
+            change(ours, ours_[1 - one]);
+            change(theirs, theirs_[1 - one]);
+        };
         switch (random_.below(n > 200 ? 22 : 18)) {
         case 0:
             ours.append(make<T>(value));
@@ -129,29 +134,23 @@ public:
             break;
         }
         case 8:
-            ours = ours_[1 - one];
-            theirs = theirs_[1 - one];
+            both([](auto & l, auto & other) { l = other; });
             break;
         case 9:
-            ours.splice(ourPos, ours_[1 - one]);
-            theirs.splice(theirPos, theirs_[1 - one]);
+            both([&](auto & l, auto & other) { l.splice(std::next(l.begin(), at), other); });
             break;
         case 10: {
-            auto & otherOurs = ours_[1 - one];
-            auto & otherTheirs = theirs_[1 - one];
-            int const from = random_.below(int(otherTheirs.size()) + 1);
-            int const to = from + random_.below(int(otherTheirs.size()) - from + 1);
-            ours.splice(ourPos, otherOurs, std::next(otherOurs.begin(), from), std::next(otherOurs.begin(), to));
-            theirs.splice(theirPos, otherTheirs, std::next(otherTheirs.begin(), from),
-                          std::next(otherTheirs.begin(), to));
+            int const count = int(theirs_[1 - one].size());
+            int const from = random_.below(count + 1);
+            int const to = from + random_.below(count - from + 1);
+            both([&](auto & l, auto & other) {
+                l.splice(std::next(l.begin(), at), other, std::next(other.begin(), from), std::next(other.begin(), to));
+            });
             break;
         }
         case 11:
-            if (at < n) {
-                int const to = random_.below(n + 1);
-                ours.splice(std::next(ours.begin(), to), ours, ourPos);
-                theirs.splice(std::next(theirs.begin(), to), theirs, theirPos);
-            }
+            if (int const to = random_.below(n + 1); at < n)
+                both([&](auto & l, auto &) { l.splice(std::next(l.begin(), to), l, std::next(l.begin(), at)); });
             break;
         case 12: {
             // Rotation: a range of the list itself to another place in it. At its own place nothing happens, which the
@@ -163,23 +162,21 @@ public:
         }
         case 13:
             ours.sort();
-            theirs.sort([](int a, int b) { return make<T>(a) < make<T>(b); });
+            theirs.sort(isLess);
             break;
         case 14:
-            ours_[0].sort();
-            ours_[1].sort();
-            for (auto & l : theirs_)
-                l.sort([](int a, int b) { return make<T>(a) < make<T>(b); });
+            for (int i : {0, 1}) {
+                ours_[i].sort();
+                theirs_[i].sort(isLess);
+            }
             ours.merge(ours_[1 - one]);
-            theirs.merge(theirs_[1 - one], [](int a, int b) { return make<T>(a) < make<T>(b); });
+            theirs.merge(theirs_[1 - one], isLess);
             break;
         case 15:
-            ours.reverse();
-            theirs.reverse();
+            both([](auto & l, auto &) { l.reverse(); });
             break;
         case 16:
-            ours_[0].swap(ours_[1]);
-            theirs_[0].swap(theirs_[1]);
+            both([](auto & l, auto & other) { l.swap(other); });
             if (random_.oneIn(2)) {
                 qv::list<T> moved(std::move(ours));
                 EXPECT_TRUE(ours.empty() && ours.validate() && moved.validate());
@@ -187,8 +184,7 @@ public:
             }
             break;
         case 17:
-            if (at < n) {
-                // The value lies in the list that loses it.
+            if (at < n) { // the value lies in the list that loses it
                 EXPECT_EQ(ours.remove(*ourPos), int(theirs.remove(int(*theirPos))));
             }
             break;
@@ -196,19 +192,15 @@ public:
             EXPECT_EQ(ours.unique(), int(theirs.unique()));
             break;
         case 19:
-            if (at < n) {
-                ours.erase(ourPos);
-                theirs.erase(theirPos);
-            }
+            if (at < n)
+                both([&](auto & l, auto &) { l.erase(std::next(l.begin(), at)); });
             break;
         case 20:
-            ours.erase(ourPos, ours.end());
-            theirs.erase(theirPos, theirs.end());
+            both([&](auto & l, auto &) { l.erase(std::next(l.begin(), at), l.end()); });
             break;
         default:
             ours.resize(n / 2);
             theirs.resize(std::size_t(n / 2));
-            break;
         }
     }
 
@@ -221,6 +213,8 @@ public:
     int size() const { return int(theirs_[0].size() + theirs_[1].size()); }
 
 private:
+    static bool isLess(int a, int b) { return make<T>(a) < make<T>(b); }
+
     SeededRandom & random_;
     qv::list<T> ours_[2];
     std::list<int> theirs_[2];
@@ -381,14 +375,6 @@ TEST(List, WorksWithTheStandardLibrary) {
     static_assert(std::ranges::sized_range<qv::list<int> const>);
     static_assert(std::is_convertible_v<qv::list<int>::iterator, qv::list<int>::const_iterator>);
     static_assert(!std::is_convertible_v<qv::list<int>::const_iterator, qv::list<int>::iterator>);
-    struct Tree {
-        qv::list<Tree> children;
-        bool operator==(Tree const &) const = default;
-    };
-    Tree tree;
-    tree.children.append(Tree());
-    tree.children.append(tree);
-    EXPECT_TRUE(Tree(tree) == tree);
     qv::list<int> const l = {3, 1, 2};
     EXPECT_TRUE(l.contains(1) && l.find(7) == l.end() && *l.find(2) == 2);
     EXPECT_EQ(std::vector<int>(l.rbegin(), l.rend()), (std::vector<int>{2, 1, 3}));

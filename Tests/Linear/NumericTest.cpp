@@ -142,10 +142,6 @@ TEST(BrentMinimize, ConvergesOnKnownMinima) {
         EXPECT_EQ(fmin, f.f(xmin));
         EXPECT_EQ(f.places.back(), xmin);
         EXPECT_TRUE(bracket.a <= bracket.b && bracket.b <= bracket.c && bracket.c - bracket.a < 1e-4);
-        // The first step is a golden one, into the larger side.
-        double const mid = (row.bracket.a + row.bracket.c) * 0.5;
-        double const target = mid > row.bracket.b ? row.bracket.c : row.bracket.a;
-        EXPECT_EQ(f.places[1], row.bracket.b + (target - row.bracket.b) * 0.38196601125010515);
     }
     Function constant([](double) { return 1.0; });
     Function undefined([](double) { return notANumber; });
