@@ -6,13 +6,10 @@
 #include "Support/FailingSystem.h"
 #include "Support/ScratchDirectory.h"
 
-#include <csignal>
 #include <filesystem>
 #include <functional>
 #include <map>
 #include <optional>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace {
 
@@ -69,18 +66,13 @@ protected:
         return contents;
     }
 
-    // Runs the change in a process that ends in front of its n-th system call; false when it came to its end.
-    bool endsAt(int n, std::function<bool()> const & change) const {
-        pid_t const child = ::fork();
-        EXPECT_GE(child, 0);
-        if (child == 0) {
-            FailingSystem const failing(SystemFault::killed, FaultLasts::once, n);
-            ::_exit(change() ? 0 : 1);
-        }
-        int status = 0;
-        EXPECT_EQ(::waitpid(child, &status, 0), child);
-        EXPECT_TRUE(WIFEXITED(status) ? WEXITSTATUS(status) == 0 : WTERMSIG(status) == SIGKILL);
-        return !WIFEXITED(status);
+    // Opens the package and changes it in a process that ends in front of its n-th system call; false when it came to
+    // its end.
+    bool endsAt(int n, std::function<bool(ioPackageFile &)> const & change) const {
+        return qvTest::endsAt(n, [&] {
+            ioPackageFile package;
+            return !package.open(wide(path("p"))) && change(package);
+        });
     }
 
     std::string const small_ = std::string(3000, 's');
@@ -171,10 +163,8 @@ TEST_F(PackageFaults, ThatEndTheProcessLeaveWhatIsTold) {
     int states[3] = {0, 0, 0};
     for (int n = 0;; ++n) {
         reset();
-        bool const ended = endsAt(n, [&] {
-            ioPackageFile package;
-            return !package.open(wide(path("p"))) && !package.addEntry(wide(path("three")), wide("c"), false) &&
-                   !package.update();
+        bool const ended = endsAt(n, [&](ioPackageFile & package) {
+            return !package.addEntry(wide(path("three")), wide("c"), false) && !package.update();
         });
         std::optional<Contents> const found = read("p");
         int const state = !found.has_value() ? 1 : *found == before ? 0 : 2;
@@ -191,10 +181,8 @@ TEST_F(PackageFaults, ThatEndTheProcessLeaveWhatIsTold) {
     Contents const without = {{"a", sources_.at("one")}};
     for (int n = 0;; ++n) {
         reset();
-        bool const ended = endsAt(n, [&] {
-            ioPackageFile package;
-            return !package.open(wide(path("p"))) && !package.deleteEntry(wide("b")) && !package.update();
-        });
+        bool const ended =
+            endsAt(n, [](ioPackageFile & package) { return !package.deleteEntry(wide("b")) && !package.update(); });
         std::optional<Contents> const found = read("p");
         ASSERT_TRUE(found == before || found == without) << n;
         if (!ended)
@@ -211,9 +199,8 @@ TEST_F(PackageFaults, ThatEndTheProcessLeaveWhatIsTold) {
                 ioPackageFile package;
                 ASSERT_TRUE(!package.open(wide(path("p"))) && !package.deleteEntry(wide("a")) && !package.update());
             }
-            bool const ended = endsAt(n, [&] {
-                ioPackageFile package;
-                return !package.open(wide(path("p"))) && (!isOfThisRun || !package.deleteEntry(wide("a"))) &&
+            bool const ended = endsAt(n, [&](ioPackageFile & package) {
+                return (!isOfThisRun || !package.deleteEntry(wide("a"))) &&
                        !package.addEntry(wide(path("four")), wide("h"), false) && !package.update();
             });
             std::optional<Contents> const found = read("p");
@@ -233,10 +220,7 @@ TEST_F(PackageFaults, ThatEndTheProcessLeaveWhatIsTold) {
     // A compact copy leaves the package alone, and is no package before its end.
     for (int n = 0;; ++n) {
         reset();
-        bool const ended = endsAt(n, [&] {
-            ioPackageFile package;
-            return !package.open(wide(path("p"))) && !package.write(wide(path("q")));
-        });
+        bool const ended = endsAt(n, [&](ioPackageFile & package) { return !package.write(wide(path("q"))); });
         ASSERT_EQ(bytesOf(path("p")), original_) << n;
         std::optional<Contents> const found = read("q");
         ASSERT_TRUE(!found.has_value() || *found == before) << n;

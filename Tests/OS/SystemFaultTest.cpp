@@ -12,8 +12,6 @@
 #include <gtest/gtest.h>
 #include <iostream>
 #include <set>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace qvOS {
 namespace {
@@ -122,14 +120,7 @@ TEST_P(SystemFaults, ThatEndTheProcessLeaveWholeContents) {
     for (bool const withOld : {true, false})
         for (int n = 0;; ++n) {
             reset(withOld);
-            pid_t const child = ::fork();
-            ASSERT_GE(child, 0);
-            if (child == 0) {
-                FailingSystem const failing(SystemFault::killed, FaultLasts::once, n);
-                ::_exit(save() ? 0 : 1);
-            }
-            int status = 0;
-            ASSERT_EQ(::waitpid(child, &status, 0), child);
+            bool const ended = qvTest::endsAt(n, [this] { return save(); });
             std::multiset<std::string> const all = contents();
             std::string const main = bytesOf(path("d/plan.dat"));
             ASSERT_TRUE(!withOld || all.count(oldContents) + all.count(newContents) > 0) << n;
@@ -137,13 +128,11 @@ TEST_P(SystemFaults, ThatEndTheProcessLeaveWholeContents) {
             bool const isWhole = main.empty() || main == oldContents || main == newContents;
             ASSERT_TRUE(isWhole || GetParam() == Strategy::copies) << n;
             ASSERT_TRUE(!withOld || !main.empty() || (all.count(oldContents) == 1 && all.count(newContents) == 1)) << n;
-            if (WIFEXITED(status)) {
-                ASSERT_EQ(WEXITSTATUS(status), 0);
+            if (!ended) {
                 ASSERT_EQ(main, newContents);
                 EXPECT_GT(n, 20);
                 break;
             }
-            ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
         }
 }
 
@@ -154,22 +143,19 @@ TEST(SystemFaultsOfACopy, KeepPrivateContentsPrivate) {
     std::string const to = scratch.path("to");
     writeBytes(from, newContents);
     fs::permissions(from, fs::perms(0600));
-    for (bool const isThere : {false, true})
-        for (int n = 0, left = 1; left != 0; ++n) {
+    for (bool const isThere : {false, true}) {
+        bool ended = true;
+        for (int n = 0; ended; ++n) {
             fs::remove(to);
             if (isThere)
                 writeBytes(to, oldContents); // for everybody
-            pid_t const child = ::fork();
-            if (child == 0) {
-                FailingSystem const failing(SystemFault::killed, FaultLasts::once, n);
-                ::_exit(fileCopy(from.c_str(), to.c_str(), true).num());
-            }
-            ASSERT_EQ(::waitpid(child, &left, 0), child);
+            ended = qvTest::endsAt(n, [&] { return !fileCopy(from.c_str(), to.c_str(), true); });
             std::string const made = bytesOf(to);
             bool const isPrivate = (fs::status(to).permissions() & fs::perms(0077)) == fs::perms::none;
             ASSERT_TRUE(isPrivate || made.empty() || made == oldContents) << n;
-            ASSERT_TRUE(left != 0 || (isPrivate && made == newContents));
+            ASSERT_TRUE(ended || (isPrivate && made == newContents));
         }
+    }
 }
 
 // What a real system gives too seldom.

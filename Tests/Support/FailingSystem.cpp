@@ -7,9 +7,11 @@
 #include <cstddef>
 #include <dirent.h>
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <string>
 #include <sys/stat.h>
 #include <sys/uio.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -171,6 +173,19 @@ FailingSystem::FailingSystem(SystemFault fault, FaultLasts lasts, int n, std::st
 FailingSystem::~FailingSystem() { plan.isArmed = false; }
 
 bool FailingSystem::struck() { return plan.struck; }
+
+bool endsAt(int n, std::function<bool()> const & function) {
+    pid_t const child = ::fork();
+    EXPECT_GE(child, 0);
+    if (child == 0) {
+        FailingSystem const failing(SystemFault::killed, FaultLasts::once, n);
+        ::_exit(function() ? 0 : 1);
+    }
+    int status = 0;
+    EXPECT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status) ? WEXITSTATUS(status) == 0 : WTERMSIG(status) == SIGKILL);
+    return !WIFEXITED(status);
+}
 
 int numOpenDescriptors() {
     int count = 0;

@@ -4,6 +4,7 @@
 #ifndef qvTestFailingSystem_h
 #define qvTestFailingSystem_h
 
+#include <functional>
 #include <string>
 
 namespace qvTest {
@@ -32,6 +33,10 @@ public:
     // Whether any call was met.
     static bool struck();
 };
+
+// Runs the function in a process that ends in front of its n-th system call; false when it came to its end, where the
+// function gives true.
+bool endsAt(int n, std::function<bool()> const & function);
 
 // Descriptors that the process has open.
 int numOpenDescriptors();

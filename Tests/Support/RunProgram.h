@@ -6,6 +6,7 @@
 #include "Support/ScratchDirectory.h"
 
 #include <cstdlib>
+#include <ostream>
 #include <string>
 #include <sys/wait.h>
 
@@ -15,7 +16,12 @@ struct Outcome {
     int status; // of the exit, -1 when it was none
     std::string out;
     std::string err;
+    bool operator==(Outcome const &) const = default;
 };
+
+inline void PrintTo(Outcome const & outcome, std::ostream * stream) {
+    *stream << outcome.status << "\nout: " << outcome.out << "\nerr: " << outcome.err;
+}
 
 // Output without end stops at some 100 MB.
 inline Outcome runProgram(ScratchDirectory const & scratch, std::string const & program,

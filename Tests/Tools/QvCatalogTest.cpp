@@ -24,28 +24,23 @@ TEST_F(QvCatalog, EachFileEndsAtItsFirstFault) {
     put("key, file", "a.b = \"x\" \\\n\n a = : \n");
     put("\xC3\xA9\x1B", "// \xFF\xC2\x9B\n");
     put("\xFE: \ny", "x"); // what a message says about a file goes on behind the name
-    Outcome const outcome =
-        run("check sound format 'key, file' $(printf '\\303\\251\\033') \"$(printf '\\376: \\ny')\" sound");
-    EXPECT_EQ(outcome.status, 1);
-    EXPECT_EQ(outcome.err, "");
-    EXPECT_EQ(outcome.out,
-              "format:2: Expected idToken = \"quoted value string\" format: a.b\n"
-              "key, file:3: Expected quotes surrounding value string. Illegal character(s) encountered at start or end "
-              "of string: a.b = \"x\" a = :\n"
-              "\xC3\xA9\\x1B:1: Error interpreting input as UTF-8: // \xEF\xBF\xBD\\x9B\n"
-              "\\xFE: \\x0Ay:1: Expected idToken = \"quoted value string\" format: x\n");
-    Outcome const sound = run("check -- sound sound");
-    EXPECT_EQ(sound.status, 0);
-    EXPECT_EQ(sound.out + sound.err, "");
+    std::string const faults =
+        "format:2: Expected idToken = \"quoted value string\" format: a.b\n"
+        "key, file:3: Expected quotes surrounding value string. Illegal character(s) encountered at start or end "
+        "of string: a.b = \"x\" a = :\n"
+        "\xC3\xA9\\x1B:1: Error interpreting input as UTF-8: // \xEF\xBF\xBD\\x9B\n"
+        "\\xFE: \\x0Ay:1: Expected idToken = \"quoted value string\" format: x\n";
+    EXPECT_EQ(run("check sound format 'key, file' $(printf '\\303\\251\\033') \"$(printf '\\376: \\ny')\" sound"),
+              (Outcome{1, faults, ""}));
+    EXPECT_EQ(run("check -- sound sound"), (Outcome{0, "", ""}));
 }
 
 TEST_F(QvCatalog, WhatCannotBeReadIsWorse) {
     put("faulty", "x");
-    Outcome const outcome = run("check missing faulty .");
-    EXPECT_EQ(outcome.status, 2);
-    EXPECT_EQ(outcome.out, "faulty:1: Expected idToken = \"quoted value string\" format: x\n");
-    EXPECT_EQ(outcome.err, "qvcatalog: Can't open catalog file missing for read: No such file or directory\n"
-                           "qvcatalog: Error reading file .: Is a directory\n");
+    EXPECT_EQ(run("check missing faulty ."),
+              (Outcome{2, "faulty:1: Expected idToken = \"quoted value string\" format: x\n",
+                       "qvcatalog: Can't open catalog file missing for read: No such file or directory\n"
+                       "qvcatalog: Error reading file .: Is a directory\n"}));
     EXPECT_EQ(run("check faulty > /dev/full").status, 2);
     Outcome const bad = run("check --quiet faulty");
     EXPECT_EQ(bad.status, 2);

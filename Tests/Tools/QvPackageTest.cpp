@@ -25,10 +25,10 @@ protected:
         fs::create_directories(fs::path(path(name)).parent_path());
         writeBytes(path(name), bytes);
     }
-    void expectFine(std::string const & arguments) const {
+    void expectFine(std::string const & arguments) const { expect(arguments, 0, ""); }
+    void expect(std::string const & arguments, int status, std::string const & err) const {
         Outcome const outcome = run(arguments);
-        EXPECT_EQ(outcome.status, 0) << arguments;
-        EXPECT_EQ(outcome.err, "") << arguments;
+        EXPECT_EQ(outcome, (Outcome{status, outcome.out, err})) << arguments;
     }
     // The regular files of a tree with their contents.
     std::map<std::string, std::string> tree(std::string const & root) const {
@@ -98,23 +98,19 @@ TEST_F(QvPackage, WhatAPackageCannotHoldIsToldAndLeftOut) {
     fs::create_symlink("nothing", path("s/dangling"));
     fs::create_directory_symlink(".", path("s/cycle"));
     put("other/good", "twice");
-    Outcome const outcome = run("add p s missing C:drive other/good s/good");
-    EXPECT_EQ(outcome.status, 1);
-    EXPECT_EQ(outcome.err,
-              "qvpackage: s/back\\slash: its name would be stored as another one\n"
-              "qvpackage: s/bad\\xFF: its name is not UTF-8\n"
-              "qvpackage: s/cycle: a link to a directory is not followed\n"
-              "qvpackage: s/dangling: a link that leads to nothing\n"
-              "qvpackage: s/empty: a package holds no empty directories\n"
-              "qvpackage: s/fifo: a package holds no special files\n"
-              "qvpackage: missing: there is no such file\n"
-              "qvpackage: C:drive: its name would be stored as another one\n"
-              "qvpackage: s/good: another file has the same name in the package\n"
-              "qvpackage: File is using a windows reserved device name.  Please choose another name: s/con.txt\n");
+    expect("add p s missing C:drive other/good s/good", 1,
+           "qvpackage: s/back\\slash: its name would be stored as another one\n"
+           "qvpackage: s/bad\\xFF: its name is not UTF-8\n"
+           "qvpackage: s/cycle: a link to a directory is not followed\n"
+           "qvpackage: s/dangling: a link that leads to nothing\n"
+           "qvpackage: s/empty: a package holds no empty directories\n"
+           "qvpackage: s/fifo: a package holds no special files\n"
+           "qvpackage: missing: there is no such file\n"
+           "qvpackage: C:drive: its name would be stored as another one\n"
+           "qvpackage: s/good: another file has the same name in the package\n"
+           "qvpackage: File is using a windows reserved device name.  Please choose another name: s/con.txt\n");
     EXPECT_EQ(run("list p").out, "good\ns/good\n");
-    Outcome const itself = run("add p p");
-    EXPECT_EQ(itself.status, 1);
-    EXPECT_EQ(itself.err, "qvpackage: p: the package itself\n");
+    expect("add p p", 1, "qvpackage: p: the package itself\n");
 }
 
 TEST_F(QvPackage, ReplacesDeletesAndCompacts) {
@@ -125,9 +121,7 @@ TEST_F(QvPackage, ReplacesDeletesAndCompacts) {
     put("a", "short");
     expectFine("add p a");
     EXPECT_EQ(run("list --long p").out.substr(0, 16), "             5  ");
-    Outcome const gone = run("delete p a nothing");
-    EXPECT_EQ(gone.status, 1);
-    EXPECT_EQ(gone.err, "qvpackage: Can not delete named entry as it does not exist: nothing\n");
+    expect("delete p a nothing", 1, "qvpackage: Can not delete named entry as it does not exist: nothing\n");
     auto const before = sizeOf("p");
     std::string const info = run("info p").out;
     std::size_t const at = info.find("to save ");
@@ -144,9 +138,7 @@ TEST_F(QvPackage, ReplacesDeletesAndCompacts) {
 TEST_F(QvPackage, RefusesWhatWouldDoHarm) {
     put("x", std::string(100000, 'x'));
     expectFine("add --compress p x");
-    Outcome const limited = run("extract --limit 99999 --to out p");
-    EXPECT_EQ(limited.status, 1);
-    EXPECT_EQ(limited.err, "qvpackage: Error writing file: out/x\n");
+    expect("extract --limit 99999 --to out p", 1, "qvpackage: Error writing file: out/x\n");
     EXPECT_TRUE(tree("out").empty());
     expectFine("extract --limit 100000 --to out p");
     fs::create_directory(path("elsewhere"));
@@ -155,27 +147,23 @@ TEST_F(QvPackage, RefusesWhatWouldDoHarm) {
     fs::create_directory_symlink(path("elsewhere"), path("out/d"));
     put("d/x", "through the link");
     expectFine("add p d");
-    Outcome const through = run("extract --to out p");
-    EXPECT_EQ(through.status, 1);
-    EXPECT_EQ(through.err, "qvpackage: File is using a name which is not allowed: d/x\n");
+    expect("extract --to out p", 1, "qvpackage: File is using a name which is not allowed: d/x\n");
     EXPECT_TRUE(fs::is_empty(path("elsewhere")) && fs::exists(path("out/x")));
     // A damaged entry, and bytes cut off.
     std::string bytes = bytesOf(path("p"));
     std::string damaged = bytes;
     damaged[200] = static_cast<char>(damaged[200] ^ 1);
     put("damaged", damaged);
-    EXPECT_EQ(run("check damaged").err, "qvpackage: Error reading package file entry: x\n");
+    expect("check damaged", 1, "qvpackage: Error reading package file entry: x\n");
     // A name that ends early moves the fields behind it.
     std::string moved = bytes;
     moved[moved.rfind("d/x") + 1] = '\0';
     put("moved", moved);
-    EXPECT_EQ(run("check moved").err,
-              "qvpackage: Error reading directory: moved\nqvpackage: moved: there is a gap or an overlap\n");
+    expect("check moved", 1,
+           "qvpackage: Error reading directory: moved\nqvpackage: moved: there is a gap or an overlap\n");
     put("cut", bytes.substr(0, bytes.size() - 20));
-    Outcome const cut = run("check cut");
-    EXPECT_TRUE(cut.status == 1 && cut.err == "qvpackage: Error reading directory: cut\n") << cut.err;
-    Outcome const overCut = run("add cut x");
-    EXPECT_EQ(overCut.status, 2);
+    expect("check cut", 1, "qvpackage: Error reading directory: cut\n");
+    EXPECT_EQ(run("add cut x").status, 2);
     EXPECT_EQ(bytesOf(path("cut")), bytes.substr(0, bytes.size() - 20));
 }
 

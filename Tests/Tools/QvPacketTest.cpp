@@ -31,10 +31,7 @@ protected:
 
     void TearDown() override {
         if (numCases_ > 0) {
-            Outcome const result = run("check" + caseNames_);
-            EXPECT_EQ(result.out, "");
-            EXPECT_EQ(result.err, caseFaults_);
-            EXPECT_EQ(result.status, caseFaults_.empty() ? 0 : 1);
+            EXPECT_EQ(run("check" + caseNames_), (Outcome{caseFaults_.empty() ? 0 : 1, "", caseFaults_}));
         }
     }
 
@@ -45,8 +42,6 @@ private:
     std::string caseNames_;
     std::string caseFaults_;
 };
-
-TestRegistry & demoRegistry(TestRegistry & registry) { return registry.with("demo.item").with("demo.arrays"); }
 
 // Every kind of field, and chunks and sub-packets in all the places where they can stand.
 void fillItem(ioWriteContext & writer) {
@@ -100,8 +95,7 @@ void fillArrays(ioWriteContext & writer) {
 }
 
 std::string itemFile(Form form, std::function<void(ioWriteContext &)> const & fill = fillItem) {
-    TestRegistry registry(false);
-    return writeFile(form, demoRegistry(registry), fill);
+    return writeFile(form, {"demo.item", "demo.arrays"}, fill);
 }
 
 // A dump without its heading, and without what depends on the encoding: where packets stand and how long they are.
@@ -274,18 +268,17 @@ TEST_F(QvPacket, CountsPacketsByType) {
     put("a", bare);
     put("b", bare + bare);
     put("c", bare.substr(0, bare.size() - 8));
-    Outcome const several = run("show a b c");
-    EXPECT_EQ(several.status, 1);
-    EXPECT_EQ(several.err, "c: offset 37: the file ends without an end packet\n");
     std::string const top = "form        ascii, version 1\nbyte order  little endian\nregistry    left out\n"
                             "header      29 bytes, with the registry\n"
                             "    number   packets   objects         bytes  type\n";
     std::string const seven = "         7         1         0             8  type 7\n";
     std::string const table = "         1         1         0             8  type 1\n" + seven +
                               "     total         2         0            16\n";
-    EXPECT_EQ(several.out, "== a\n" + top + table + "== b\n" + top + table +
-                               "note: 45 bytes follow the end packet\n== c\n" + top + seven +
-                               "     total         1         0             8\n");
+    EXPECT_EQ(run("show a b c"), (Outcome{1,
+                                          "== a\n" + top + table + "== b\n" + top + table +
+                                              "note: 45 bytes follow the end packet\n== c\n" + top + seven +
+                                              "     total         1         0             8\n",
+                                          "c: offset 37: the file ends without an end packet\n"}));
     EXPECT_EQ(run("check a b").status, 0);
 }
 
@@ -518,19 +511,13 @@ TEST_F(QvPacket, AnswersToItsArguments) {
     Outcome const help = run("--help");
     EXPECT_EQ(help.status, 0);
     for (char const * wrong : {"", "show", "check", "dump", "list f", "--check f"}) {
-        Outcome const result = run(wrong);
-        EXPECT_EQ(result.status, 2) << wrong;
-        EXPECT_EQ(result.out, "");
-        EXPECT_EQ(result.err, help.out);
+        EXPECT_EQ(run(wrong), (Outcome{2, "", help.out})) << wrong;
     }
     put("good", asciiFile(""));
     put("bad", "no packet file");
-    Outcome const unreadable = run("check good nowhere bad .");
-    EXPECT_EQ(unreadable.status, 2);
-    EXPECT_EQ(unreadable.err, "nowhere: cannot be read\n"
-                              "bad: offset 0: the magic line of a packet file is missing\n"
-                              ".: cannot be read\n");
-    Outcome const full = run("dump good > /dev/full");
-    EXPECT_EQ(full.status, 2);
-    EXPECT_EQ(full.err, "qvpacket: the output cannot be written\n");
+    EXPECT_EQ(run("check good nowhere bad ."), (Outcome{2, "",
+                                                        "nowhere: cannot be read\n"
+                                                        "bad: offset 0: the magic line of a packet file is missing\n"
+                                                        ".: cannot be read\n"}));
+    EXPECT_EQ(run("dump good > /dev/full"), (Outcome{2, "", "qvpacket: the output cannot be written\n"}));
 }
