@@ -297,7 +297,6 @@ INSTANTIATE_TYPED_TEST_SUITE_P(Hash, Associative, HashContainers);
 
 } // namespace qvTest
 
-// A load factor above 1 asks a small table for no bucket at all.
 // Keys that repeat: inserting all of a container into itself doubles each.
 TEST(MultiContainers, TakeTheirOwnElements) {
     qv::multiset<int> tree = {1, 2, 2, 3};
@@ -310,6 +309,7 @@ TEST(MultiContainers, TakeTheirOwnElements) {
     EXPECT_TRUE(hash.validate());
 }
 
+// A load factor above 1 asks a small table for no bucket at all.
 TEST(HashMap, NewTablesTakeElementsAtAnyLoadFactor) {
     for (float const factor : {1.5F, 2.0F, 100.0F, std::numeric_limits<float>::infinity()}) {
         qv::hash_map<int, int> map;
@@ -320,16 +320,10 @@ TEST(HashMap, NewTablesTakeElementsAtAnyLoadFactor) {
         qv::hash_map<int, int> assigned;
         assigned = map;
         for (int i = 0; i < 20; ++i) {
-            EXPECT_EQ(map.at(i), -i);
-            EXPECT_EQ(copied.at(i), -i);
-            EXPECT_EQ(assigned.at(i), -i);
+            EXPECT_TRUE(map.at(i) == -i && copied.at(i) == -i && assigned.at(i) == -i);
         }
-        qv::hash_map<int, int> one;
-        one[1] = 2;
-        one.max_load_factor(factor);
-        EXPECT_EQ((qv::hash_map<int, int>(one).at(1)), 2);
-        one.reserve(-5);
-        one.rehash(0);
-        EXPECT_EQ(one.size(), 1);
+        map.reserve(-5);
+        map.rehash(0);
+        EXPECT_TRUE(map == copied && map.validate());
     }
 }

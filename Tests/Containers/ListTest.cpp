@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <cstdlib>
 #include <iterator>
 #include <limits>
@@ -15,46 +14,18 @@
 #include <utility>
 #include <vector>
 
-#include "Support/CountedElement.h"
-#include "Support/SeededRandom.h"
+#include "Containers/SequenceSupport.h"
 
 using qvTest::ElementBalance;
 using qvTest::ElementCounts;
+using qvTest::make;
 using qvTest::RootedElement;
 using qvTest::SeededRandom;
+using qvTest::valueOf;
+using qvTest::valuesOf;
+using qvTest::WideElement;
 
 namespace {
-
-struct alignas(64) WideElement {
-    int value = 0;
-    WideElement() = default;
-    WideElement(int v) : value(v) {}
-    void operator&() const = delete; // where an element is, only std::addressof tells
-    auto operator<=>(WideElement const &) const = default;
-};
-
-int valueOf(int element) { return element; }
-int valueOf(std::string const & element) { return std::stoi(element); }
-int valueOf(WideElement const & element) { return element.value; }
-int valueOf(RootedElement const & element) { return element.value(); }
-
-template <typename T>
-T make(int value) {
-    if constexpr (std::is_same_v<T, std::string>)
-        return std::to_string(value);
-    else
-        return T(value);
-}
-
-template <typename T>
-std::vector<int> valuesOf(qv::list<T> const & l) {
-    std::vector<int> values;
-    for (T const & element : l) {
-        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(std::addressof(element)) % alignof(T), 0U);
-        values.push_back(valueOf(element));
-    }
-    return values;
-}
 
 // Two lists that exchange elements, and two standard ones that do the same.
 template <typename T>
@@ -228,22 +199,7 @@ TYPED_TEST_SUITE(ListOf, ElementTypes);
 
 } // namespace
 
-TYPED_TEST(ListOf, BehavesLikeTheStandardOne) {
-    ElementBalance balance;
-    SeededRandom random;
-    for (int round = 0; round < 10; ++round) {
-        Model<TypeParam> model(random);
-        for (int i = 0; i < 400; ++i) {
-            model.step();
-            model.check();
-            if (this->HasFatalFailure())
-                return;
-        }
-        if (std::is_same_v<TypeParam, RootedElement>) {
-            ASSERT_EQ(balance.alive(), model.size());
-        }
-    }
-}
+TYPED_TEST(ListOf, BehavesLikeTheStandardOne) { qvTest::goBesideModel<Model, TypeParam>(10, 400); }
 
 TEST(List, SortsStablyAtEverySize) {
     using Pair = std::pair<int, int>;

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <climits>
-#include <cstdint>
 #include <iterator>
 #include <list>
 #include <memory>
@@ -13,23 +12,16 @@
 #include <string>
 #include <vector>
 
-#include "Support/CountedElement.h"
-#include "Support/SeededRandom.h"
+#include "Containers/SequenceSupport.h"
 
 using qvTest::ElementBalance;
 using qvTest::ElementCounts;
 using qvTest::MovableElement;
 using qvTest::SeededRandom;
+using qvTest::valuesOf;
+using qvTest::WideElement;
 
 namespace {
-
-struct alignas(64) WideElement {
-    int value = 0;
-    WideElement() = default;
-    WideElement(int v) : value(v) {}
-    void operator&() const = delete; // where an element is, only std::addressof tells
-    bool operator==(WideElement const &) const = default;
-};
 
 struct Owner {
     qv::vector<std::unique_ptr<int>> parts;
@@ -46,26 +38,6 @@ struct SelfPointing : qv::vector<int> {
     SelfPointing * self = this;
 };
 
-template <typename T>
-int valueOf(T const & element) {
-    if constexpr (std::is_same_v<T, MovableElement>)
-        return element.value();
-    else if constexpr (std::is_same_v<T, WideElement>)
-        return element.value;
-    else
-        return int(element);
-}
-
-template <typename T>
-std::vector<int> valuesOf(qv::vector<T> const & v) {
-    std::vector<int> values;
-    for (T const & element : v) {
-        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(std::addressof(element)) % alignof(T), 0U);
-        values.push_back(valueOf(element));
-    }
-    return values;
-}
-
 // A qv::vector and a std::vector that go through the same random operations.
 template <typename T>
 class Model {
@@ -75,6 +47,8 @@ public:
     void step() {
         int const n = int(model_.size());
         int const at = random_.below(n + 1);
+        int const from = random_.below(n + 1);
+        int const to = from + random_.below(n - from + 1);
         int const value = random_.below(1000);
         switch (random_.below(n > 300 ? 17 : 15)) {
         case 0:
@@ -83,21 +57,17 @@ public:
             model_.push_back(value);
             break;
         case 2:
-            if (n) {
-                int const from = random_.below(n);
+            if (from < n) {
                 ours_.append(ours_[from]);
                 model_.push_back(int(model_[std::size_t(from)]));
             }
             break;
-        case 3: {
-            auto const it = ours_.insert(ours_.begin() + at, T(value));
-            EXPECT_EQ(it - ours_.begin(), at);
+        case 3:
+            EXPECT_EQ(ours_.insert(ours_.begin() + at, T(value)) - ours_.begin(), at);
             model_.insert(model_.begin() + at, value);
             break;
-        }
         case 4:
-            if (n) {
-                int const from = random_.below(n);
+            if (from < n) {
                 ours_.insert(ours_.begin() + at, ours_[from]);
                 model_.insert(model_.begin() + at, int(model_[std::size_t(from)]));
             }
@@ -109,8 +79,6 @@ public:
             break;
         }
         case 6: {
-            int const from = random_.below(n + 1);
-            int const to = from + random_.below(n - from + 1);
             std::vector<int> const source(model_.begin() + from, model_.begin() + to);
             ours_.insert(ours_.cbegin() + at, ours_.begin() + from, ours_.begin() + to);
             model_.insert(model_.begin() + at, source.begin(), source.end());
@@ -137,11 +105,9 @@ public:
         }
         case 9:
         case 10:
-            if (n) {
-                int const index = random_.below(n);
-                auto const it = ours_.erase(ours_.begin() + index);
-                EXPECT_EQ(it - ours_.begin(), index);
-                model_.erase(model_.begin() + index);
+            if (from < n) {
+                EXPECT_EQ(ours_.erase(ours_.begin() + from) - ours_.begin(), from);
+                model_.erase(model_.begin() + from);
             }
             break;
         case 11: {
@@ -163,8 +129,6 @@ public:
             break;
         }
         case 14: {
-            int const from = random_.below(n + 1);
-            int const to = from + random_.below(n - from + 1);
             if (random_.oneIn(4)) {
                 int const capacity = ours_.capacity();
                 switch (random_.below(n ? 3 : 2)) {
@@ -189,13 +153,10 @@ public:
             }
             break;
         }
-        default: {
-            int const from = random_.below(n + 1);
-            int const to = from + random_.below(n - from + 1);
+        default:
             ours_.erase(ours_.begin() + from, ours_.begin() + to);
             model_.erase(model_.begin() + from, model_.begin() + to);
             break;
-        }
         }
     }
 
@@ -203,7 +164,7 @@ public:
         ASSERT_TRUE(ours_.validate());
         ASSERT_EQ(valuesOf(ours_), model_);
     }
-    std::size_t size() const { return model_.size(); }
+    int size() const { return int(model_.size()); }
 
 private:
     SeededRandom & random_;
@@ -219,22 +180,7 @@ TYPED_TEST_SUITE(VectorOf, ElementTypes);
 
 } // namespace
 
-TYPED_TEST(VectorOf, BehavesLikeTheStandardOne) {
-    ElementBalance balance;
-    SeededRandom random;
-    for (int round = 0; round < 20; ++round) {
-        Model<TypeParam> model(random);
-        for (int i = 0; i < 300; ++i) {
-            model.step();
-            model.check();
-            if (this->HasFatalFailure())
-                return;
-        }
-        if (std::is_same_v<TypeParam, MovableElement>) {
-            ASSERT_EQ(balance.alive(), int(model.size()));
-        }
-    }
-}
+TYPED_TEST(VectorOf, BehavesLikeTheStandardOne) { qvTest::goBesideModel<Model, TypeParam>(20, 300); }
 
 TEST(Vector, GrowsByTheRuleAndOtherwiseExactly) {
     qv::vector<int> v;
