@@ -80,26 +80,21 @@ TEST(WriteContext, StatusesOfStreamAndRegistry) {
 
     TestRegistry registry(false);
     registry.with("t");
-    stream.openFile(wide("/dev/full"));
-    writer.reset(ioWriteContextAlloc(stream, ioWriteBinary, &registry));
-    writer->startFile();
     std::vector<double> const values(5000);
-    writer->startPacket("t", nullptr);
-    writer->writeDoubleArray(values.data(), 5000);
-    writer->endPacket();
-    EXPECT_EQ(ioGood, writer->getStatus());
-    writer->endFile();
-    EXPECT_EQ(ioDiskFull, writer->getStatus());
-
-    stream.openFile(wide("/dev/full"));
-    writer.reset(ioWriteContextAlloc(stream, ioWriteBinary, &registry));
-    writer->startFile();
-    writer->startPacket("t", nullptr);
-    writer->startPacket("t", nullptr);
-    writer->writeDoubleArray(values.data(), 5000);
-    writer->endPacket();
-    writer->endFile(); // with a packet open on a full disk
-    EXPECT_EQ(ioDiskFull, writer->getStatus());
+    for (bool const leavesOneOpen : {false, true}) {
+        stream.openFile(wide("/dev/full"));
+        writer.reset(ioWriteContextAlloc(stream, ioWriteBinary, &registry));
+        writer->startFile();
+        if (leavesOneOpen) {
+            writer->startPacket("t", nullptr);
+        }
+        writer->startPacket("t", nullptr);
+        writer->writeDoubleArray(values.data(), 5000);
+        writer->endPacket();
+        EXPECT_EQ(ioGood, writer->getStatus());
+        writer->endFile();
+        EXPECT_EQ(ioDiskFull, writer->getStatus());
+    }
 
     ioBufferedStreamOutput closed;
     writer.reset(ioWriteContextAlloc(closed, ioWriteAscii, &registry));

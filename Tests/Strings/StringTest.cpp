@@ -47,18 +47,10 @@ TEST(CString, ConstructsFromWhatCallersHave) {
     CString_delete(nullptr);
 }
 
-TEST(CString, EmptyTextIsNeverFoundAndPositionsEnd) {
-    EXPECT_EQ(CString("abc").find("", 0), CString::npos);
-    EXPECT_EQ(CString("abc").rfind("", CString::npos), CString::npos);
-    EXPECT_EQ(CString().find("", 0), CString::npos);
-    EXPECT_EQ(CString("aXbX").find('X', 2), 3U);
-    EXPECT_EQ(CString("aXbX").rfind('X', 2), 1U);
-    EXPECT_EQ(CString("   ").strip(' '), "");
-    EXPECT_THROW(CString("abc").erase(4, 1), std::out_of_range);
-    EXPECT_NO_THROW(CString().erase(4, 1));
+TEST(CString, BytesCompareWithoutASign) {
     EXPECT_FALSE(CString("a\x80").isAscii());
     EXPECT_TRUE(CString("a\x7F").isAscii() && CString().isAscii());
-    EXPECT_LT(CString("a"), CString("\x80")) << "bytes compare without a sign";
+    EXPECT_LT(CString("a"), CString("\x80"));
     EXPECT_EQ(CString("AbC").compareNoCase("aBc"), 0);
     EXPECT_LT(CString("ab").collateNoCase("AC"), 0);
 }
@@ -228,20 +220,10 @@ TEST(IString, AsksAgainOnlyWhatItDoesNotKnow) {
     EXPECT_EQ(IString(units).asMultibyte(), bytes);
 }
 
-TEST(IString, CopiesStopAtAZeroAndAssignmentsDoNot) {
-    IString const source(L"ab\0cd", 5);
-    EXPECT_EQ(IString(source), u"ab");
-    EXPECT_EQ(IString().assign(source).length(), 5U);
-    IString assigned;
-    assigned = source;
-    EXPECT_EQ(assigned, source);
-    EXPECT_EQ(source.substr(1, 3), u"b");
+TEST(IString, APartGoesIntoAnotherString) {
     IString out(L"old");
-    source.substr(out, 3, 2);
+    IString(L"ab\0cd", 5).substr(out, 3, 2);
     EXPECT_EQ(out, u"cd");
-    IString moved(std::move(assigned));
-    EXPECT_EQ(moved, source);
-    EXPECT_TRUE(assigned.isEmpty());
 }
 
 TEST(IString, ReplacesAllWithoutLookingAtWhatItPutIn) {

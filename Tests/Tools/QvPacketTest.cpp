@@ -94,6 +94,11 @@ void fillArrays(ioWriteContext & writer) {
     writer.endPacket();
 }
 
+void fillBoth(ioWriteContext & writer) {
+    fillItem(writer);
+    fillArrays(writer);
+}
+
 std::string itemFile(Form form, std::function<void(ioWriteContext &)> const & fill = fillItem) {
     return writeFile(form, {"demo.item", "demo.arrays"}, fill);
 }
@@ -142,14 +147,8 @@ std::string asciiFile(std::string const & packets, int method = 0) {
     return replaced(header, "1 0 1", "1 " + std::to_string(method) + " 1") + registryLines + packets + "{ 1 0 }\n";
 }
 
-std::string little(std::uint32_t value) {
-    std::string bytes(4, 0);
-    for (char & byte : bytes) {
-        byte = static_cast<char>(value & 0xFF);
-        value >>= 8;
-    }
-    return bytes;
-}
+// As this machine has it, which is little endian.
+std::string little(std::uint32_t value) { return std::string(reinterpret_cast<char const *>(&value), sizeof value); }
 
 std::string frame(std::uint32_t type, std::uint32_t flag, std::string const & body) {
     return little(type) + little(flag) + little(static_cast<std::uint32_t>(body.size())) + body;
@@ -284,10 +283,7 @@ TEST_F(QvPacket, CountsPacketsByType) {
 
 TEST_F(QvPacket, FindsEveryCut) {
     for (Form const form : allForms) {
-        std::string const file = itemFile(form, [](ioWriteContext & writer) {
-            fillItem(writer);
-            fillArrays(writer);
-        });
+        std::string const file = itemFile(form, fillBoth);
         run("--version; rm -f cut.*");
         for (std::size_t length = 0; length < file.size(); ++length) {
             put("cut." + std::to_string(length), file.substr(0, length));
@@ -463,10 +459,7 @@ TEST_F(QvPacket, TellsWhatIsWrongWithABinaryPacket) {
 TEST_F(QvPacket, SurvivesAnyBytes) {
     SeededRandom random;
     for (Form const form : allForms) {
-        std::string const file = itemFile(form, [](ioWriteContext & writer) {
-            fillItem(writer);
-            fillArrays(writer);
-        });
+        std::string const file = itemFile(form, fillBoth);
         constexpr int numFiles = 400;
         for (int i = 0; i < numFiles; ++i) {
             std::string changed = file;

@@ -97,11 +97,9 @@ TEST(Color, BecomesBytesWithoutRounding) {
 }
 
 TEST(Color, KeepsItsComponentsInOrder) {
-    EXPECT_EQ(Color(), Color::black);
-    Color color(0.25F, 0.5F, 0.75F, 0);
-    float const * const numbers = color;
-    EXPECT_TRUE(numbers[0] == color.r() && numbers[1] == color.g() && numbers[3] == color.a());
-    EXPECT_EQ(Color(numbers)[2U], color.b());
+    float const numbers[] = {0.25F, 0.5F, 0.75F, 0};
+    Color const color(numbers);
+    EXPECT_EQ(color, Color(color.r(), color.g(), color.b(), color.a()));
     unsigned char const bytes[] = {1, 2, 3, 4};
     EXPECT_EQ(Color8(bytes).getAsInt(), 0x04030201U); // on a little-endian machine
     unsigned char r, g, b, a;
