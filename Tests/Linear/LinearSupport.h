@@ -9,9 +9,9 @@
 #include "Base/Linear/qvLinearVector.h"
 #include "Support/SeededRandom.h"
 
-#include <bit>
 #include <cmath>
-#include <cstdint>
+#include <concepts>
+#include <cstring>
 #include <limits>
 #include <sstream>
 #include <string>
@@ -50,11 +50,9 @@ public:
 };
 
 // The same number to the last bit; all NaNs are one.
-inline bool isSame(double a, double b) {
-    return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b) || (std::isnan(a) && std::isnan(b));
-}
-inline bool isSame(float a, float b) {
-    return std::bit_cast<std::uint32_t>(a) == std::bit_cast<std::uint32_t>(b) || (std::isnan(a) && std::isnan(b));
+template <std::floating_point T>
+bool isSame(T const & a, T const & b) {
+    return std::memcmp(&a, &b, sizeof a) == 0 || (std::isnan(a) && std::isnan(b));
 }
 template <class V>
 bool isSame(V const & a, V const & b) {
