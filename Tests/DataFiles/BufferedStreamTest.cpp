@@ -143,8 +143,10 @@ TEST(Buffer, FailuresOfTheEndReachTheTopAndPoppingFinishes) {
     filter->flushChain();
     EXPECT_EQ("text", below.bytes);
     EXPECT_TRUE(filter->good());
+    filter->write("lost", 4);
     filter->setStatus(ioBufferChecksumFailed);
     filter->flushChain();
+    EXPECT_EQ("text", below.bytes);
     EXPECT_EQ(ioBufferChecksumFailed, filter->status());
     below.setStatus(ioBufferEOF);
     filter->promoteStatus(ioBufferEnds::ignored);

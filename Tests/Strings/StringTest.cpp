@@ -222,7 +222,7 @@ TEST(IString, AsksAgainOnlyWhatItDoesNotKnow) {
 
 TEST(IString, APartGoesIntoAnotherString) {
     IString out(L"old");
-    IString(L"ab\0cd", 5).substr(out, 3, 2);
+    IString(L"ab\0cde", 6).substr(out, 3, 2);
     EXPECT_EQ(out, u"cd");
 }
 
