@@ -10,7 +10,6 @@
 #include <cstdint>
 #include <iterator>
 #include <map>
-#include <memory>
 #include <string>
 #include <type_traits>
 #include <utility>

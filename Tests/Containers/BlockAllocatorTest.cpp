@@ -7,7 +7,6 @@
 #include <cstring>
 #include <set>
 #include <stdexcept>
-#include <vector>
 
 #include "Support/SeededRandom.h"
 

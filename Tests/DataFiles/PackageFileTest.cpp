@@ -13,7 +13,6 @@
 #include <filesystem>
 #include <map>
 #include <memory>
-#include <optional>
 #include <sys/stat.h>
 #include <vector>
 

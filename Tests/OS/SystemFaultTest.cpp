@@ -10,7 +10,6 @@
 
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <iostream>
 #include <set>
 
 namespace qvOS {

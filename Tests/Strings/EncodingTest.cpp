@@ -3,7 +3,6 @@
 #include "RandomText.h"
 #include "Support/ScopedLocale.h"
 
-#include <algorithm>
 #include <array>
 #include <string>
 #include <unordered_set>

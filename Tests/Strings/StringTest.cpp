@@ -6,11 +6,9 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <limits>
 #include <memory>
 #include <stdexcept>
 #include <string>
-#include <utility>
 
 namespace qvString {
 namespace {

@@ -8,9 +8,7 @@
 
 #include <algorithm>
 #include <bitset>
-#include <cstdlib>
 #include <limits>
-#include <set>
 #include <vector>
 
 using qvUtil::CircularRange;

@@ -6,11 +6,8 @@
 #include <climits>
 #include <deque>
 #include <map>
-#include <memory>
-#include <optional>
 #include <random>
 #include <set>
-#include <string>
 #include <utility>
 #include <vector>
 
