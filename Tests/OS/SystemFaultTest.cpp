@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <iostream>
+#include <optional>
 #include <set>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -49,8 +50,9 @@ protected:
             writeBytes(path("d/plan.dat"), oldContents);
     }
 
-    // The whole save of an application; true when it was told that all went well.
-    bool save() const {
+    // The whole save of an application; true when it was told that all went well. The copy is of the time before the
+    // contents are swapped in.
+    bool save(std::optional<ProtectedWrite> & copy) const {
         ProtectedWrite saving(Filename(wide(path("d/plan.dat"))));
         if (GetParam() == Strategy::copies)
             saving.useCopyStrategy();
@@ -64,7 +66,10 @@ protected:
             written = !file.close() && written;
         if (!written)
             saving.invalidate();
-        return saving.finalize();
+        copy = saving;
+        bool const isSaved = saving.finalize();
+        static_cast<void>(saving.finalize()); // which changes nothing
+        return isSaved;
     }
 
     // The contents of all files that there are, whatever their names.
@@ -91,11 +96,14 @@ TEST_P(SystemFaults, OfASaveLeaveTheOldOrTheNewContents) {
                     reset(withOld);
                     bool isSaved = false;
                     bool struck = false;
+                    std::optional<ProtectedWrite> copy;
                     {
                         FailingSystem const failing(fault, lasts, n, only);
-                        isSaved = save();
+                        isSaved = save(copy);
                         struck = FailingSystem::struck();
                     }
+                    if (copy)
+                        static_cast<void>(copy->finalize());
                     std::string const main = bytesOf(path("d/plan.dat"));
                     ASSERT_EQ(qvTest::numOpenDescriptors(), descriptors);
                     std::multiset<std::string> const all = contents();
@@ -126,7 +134,8 @@ TEST_P(SystemFaults, ThatEndTheProcessLeaveWholeContents) {
             ASSERT_GE(child, 0);
             if (child == 0) {
                 FailingSystem const failing(SystemFault::killed, FaultLasts::once, n);
-                ::_exit(save() ? 0 : 1);
+                std::optional<ProtectedWrite> copy;
+                ::_exit(save(copy) ? 0 : 1);
             }
             int status = 0;
             ASSERT_EQ(::waitpid(child, &status, 0), child);
