@@ -5,6 +5,7 @@
 #include "Base/DataFiles/Internal/ioPackageFileSourceImpl.h"
 #include "Base/DataFiles/ioBufferedStreamInput.h"
 #include "Base/DataFiles/ioBufferedStreamOutput.h"
+#include "Base/OS/Internal/FileCodes.h"
 #include "Base/OS/qvOSFile.h"
 #include "Base/Platform/PlatformFile.h"
 #include "Base/Platform/PlatformScopedDescriptor.h"
@@ -65,7 +66,7 @@ bool ioPackageFileSource::Impl::Ready::load(IString const & file, std::int64_t s
 Error ioPackageFileSource::Impl::Ready::read(void * buffer, unsigned int size, unsigned int * count) {
     *count = static_cast<unsigned int>(bytes_.copy(static_cast<char *>(buffer), size, at_));
     at_ += *count;
-    return *count < size ? qvOS::File::getError(3) : Error();
+    return *count < size ? qvOS::File::getError(qvOS::code::endOfFile) : Error();
 }
 
 Error ioPackageFileSource::Impl::Ready::write(void const * buffer, unsigned int size, unsigned int * count) {
@@ -162,6 +163,8 @@ Error ioPackageFileSource::prepare(IString const & file, bool compress, qvUtil::
     }
     impl->load();
     impl_ = std::move(impl);
+    if (progress != nullptr)
+        progress->set(1);
     return Error();
 }
 

@@ -8,6 +8,7 @@
 #include "Base/OS/qvOSFileOperations.h"
 #include "Base/OS/qvOSFilename.h"
 #include "Base/Platform/PlatformFileSystem.h"
+#include "Base/Strings/Internal/Utf8.h"
 #include "Base/Utility/qvUtilProgress.h"
 
 #include <algorithm>
@@ -26,13 +27,12 @@ Error isThePackage() { return Error(15, "The source entry can not be in the pack
 
 // UTF-8 has no form for half of a pair, and what is put in its place would be the name of another entry.
 bool hasHalfPair(IString const & name) {
-    for (unsigned i = 0; i < name.length(); ++i) {
-        bool const isLead = name[i] >= 0xD800 && name[i] < 0xDC00;
-        bool const isTrail = name[i] >= 0xDC00 && name[i] < 0xE000;
-        bool const isPair = isLead && i + 1 < name.length() && name[i + 1] >= 0xDC00 && name[i + 1] < 0xE000;
-        if (isTrail || (isLead && !isPair))
+    wchar_t const * const end = name.asWChar() + name.length();
+    for (wchar_t const * at = name.asWChar(); at != end;) {
+        auto const [value, length] = qvString::utf8::decodeUnits(at, end);
+        if (length == 1 && qvString::utf8::isSurrogate(*at))
             return true;
-        i += isPair;
+        at += length;
     }
     return false;
 }
@@ -200,6 +200,7 @@ Error ioPackageFile::copyStreamIntoPackage(ioBufferedStreamInput & stream, Sourc
     if (!output_.good())
         return notWritten();
     record.name(source);
+    report.end();
     return Error();
 }
 
@@ -245,10 +246,16 @@ Error ioPackageFile::deleteEntry(IString const & name) {
 Error ioPackageFile::write(IString const & name, qvUtil::Progress * progress) {
     if (packageName_.isEmpty())
         return Error(3, "The package file has not been opened yet.");
+    // The entries are read by the package's name, whatever file that leads to by now.
     qvPlatform::FileFacts facts;
-    if (qvPlatform::queryFile(name, qvPlatform::Links::follow, facts).good() &&
-        (facts.identity == identity() || !qvPlatform::removeFile(name).good()))
-        return Error(4, "The pacakge is not writable.");
+    qvPlatform::FileFacts own;
+    if (qvPlatform::queryFile(name, qvPlatform::Links::follow, facts).good()) {
+        bool const isOwn = facts.identity == identity() ||
+                           (qvPlatform::queryFile(packageName_, qvPlatform::Links::follow, own).good() &&
+                            facts.identity == own.identity);
+        if (isOwn || !qvPlatform::removeFile(name).good())
+            return Error(4, "The pacakge is not writable.");
+    }
     ioPackageFile copy;
     if (Error const error = copy.open(name))
         return error;
@@ -260,13 +267,16 @@ Error ioPackageFile::write(IString const & name, qvUtil::Progress * progress) {
     if (Error const error = copy.update())
         return error;
     takeOver(copy);
+    if (progress != nullptr)
+        progress->set(1);
     return Error();
 }
 
 Error ioPackageFile::copyAllInto(ioPackageFile & copy, qvUtil::Progress * progress) const {
-    std::int64_t whole = 1;
+    std::int64_t whole = 0;
     for (auto const & [name, index] : directory_)
         whole += entries_[index].size_;
+    whole = std::max<std::int64_t>(whole, 1);
     for (auto const & [name, index] : directory_) {
         ioPackageFileEntry const & entry = entries_[index];
         qvUtil::Progress copying;
