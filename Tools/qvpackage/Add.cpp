@@ -5,9 +5,11 @@
 #include "Support/ProgressBar.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <set>
 #include <sys/stat.h>
+#include <system_error>
 
 namespace fs = std::filesystem;
 
@@ -40,8 +42,10 @@ private:
 
     void visit(std::string const & path, std::string const & entry, Links links) {
         struct ::stat status;
-        if (::lstat(path.c_str(), &status) != 0)
-            return leaveOut(path, "there is no such file");
+        if (::lstat(path.c_str(), &status) != 0) {
+            bool const isMissing = errno == ENOENT || errno == ENOTDIR;
+            return leaveOut(path, isMissing ? "there is no such file" : std::generic_category().message(errno));
+        }
         bool const isLink = S_ISLNK(status.st_mode);
         if (isLink && ::stat(path.c_str(), &status) != 0)
             leaveOut(path, "a link that leads to nothing");
@@ -144,13 +148,21 @@ Status add(AddOptions const & options, std::string const & package, std::vector<
     Change change(package, options.how);
     if (!change.begin(Presence::madeWhenAbsent))
         return unusable;
-    if (addAll(change.package(), collector, options, status))
-        return change.finish() ? status : unusable;
     // On a copy the old package stays; in place the directory must still be written, for what was appended lies over
     // the old one.
-    if (options.how == How::onACopy)
-        change.giveUp();
-    else
-        static_cast<void>(change.finish());
+    auto const end = [&] {
+        if (options.how == How::onACopy)
+            change.giveUp();
+        else
+            static_cast<void>(change.finish());
+    };
+    try {
+        if (addAll(change.package(), collector, options, status))
+            return change.finish() ? status : unusable;
+    } catch (...) {
+        end();
+        throw;
+    }
+    end();
     return unusable;
 }

@@ -36,8 +36,8 @@ public:
     // Waits for the files that are being worked at.
     ~Preparation();
 
-    // The next file, once for each. While it is not ready, `waiting` is called ten times a second with the bytes that
-    // were read so far, of all files.
+    // The next file, once for each. While a worker makes it ready, `waiting` is called ten times a second with the
+    // bytes that were read so far, of all files.
     Prepared take(std::function<void(std::int64_t bytes)> const & waiting);
 
 private:
@@ -48,7 +48,7 @@ private:
     };
 
     void work();
-    bool hasRoom() const;
+    bool hasRoom() const; // for a worker to go on
     std::size_t claimed() const;
     Slot prepare(FileToAdd const & file);
 
