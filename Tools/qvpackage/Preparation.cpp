@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <utility>
 
 namespace {
 
@@ -110,22 +111,32 @@ Prepared Preparation::take(std::function<void(std::int64_t)> const & waiting) {
     if (workers_.empty())
         taken = prepare(files_[taken_++]);
     else {
-        std::unique_lock lock(mutex_);
-        Slot & slot = slots_[taken_ % numSlots];
-        while (!ready_.wait_for(lock, std::chrono::milliseconds(100), [&] { return slot.isReady; })) {
-            std::int64_t const bytes = bytes_;
-            lock.unlock();
-            waiting(bytes);
-            lock.lock();
-        }
-        taken = std::move(slot);
-        slot = Slot();
-        ahead_ -= files_[taken_].size;
-        ++taken_;
-        if (numIdle_ > 0 && hasRoom())
-            room_.notify_one();
+        if (nextInHand_ == inHand_.size())
+            takeReady(waiting);
+        taken = std::move(inHand_[nextInHand_++]);
     }
     if (taken.thrown)
         std::rethrow_exception(taken.thrown);
     return std::move(taken.prepared);
+}
+
+// Waits for the next file, and takes those behind it that are ready too: the caller and the workers are not to get in
+// each other's way for each single one.
+void Preparation::takeReady(std::function<void(std::int64_t)> const & waiting) {
+    inHand_.clear();
+    nextInHand_ = 0;
+    std::unique_lock lock(mutex_);
+    while (!ready_.wait_for(lock, std::chrono::milliseconds(100), [&] { return nextSlot().isReady; })) {
+        std::int64_t const bytes = bytes_;
+        lock.unlock();
+        waiting(bytes);
+        lock.lock();
+    }
+    while (taken_ < begun_ && nextSlot().isReady) {
+        inHand_.push_back(std::exchange(nextSlot(), Slot()));
+        ahead_ -= files_[taken_].size;
+        ++taken_;
+    }
+    if (numIdle_ > 0 && hasRoom())
+        room_.notify_all();
 }

@@ -48,6 +48,8 @@ private:
     };
 
     void work();
+    void takeReady(std::function<void(std::int64_t bytes)> const & waiting);
+    Slot & nextSlot() { return slots_[taken_ % slots_.size()]; }
     bool hasRoom() const; // for a worker to go on
     std::size_t claimed() const;
     Slot prepare(FileToAdd const & file);
@@ -65,6 +67,9 @@ private:
     std::size_t numIdle_ = 0;
     bool isEnding_ = false;
     std::vector<std::thread> workers_;
+    // Of the caller alone: files that it has taken, and the next of them to be given away.
+    std::vector<Slot> inHand_;
+    std::size_t nextInHand_ = 0;
 };
 
 #endif

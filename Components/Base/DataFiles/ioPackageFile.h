@@ -185,6 +185,8 @@ private:
                                                      qvUtil::Progress * progress);
     QV_NO_EXPORT qvUtil::Error copyEntryIntoPackage(ioPackageFileEntry const * entry, qvString::IString const & name,
                                                     qvUtil::Progress * progress);
+    template <class Write>
+    QV_NO_EXPORT qvUtil::Error putIntoPackage(Source const & source, Write write);
     QV_NO_EXPORT qvUtil::Error copyStreamIntoPackage(ioBufferedStreamInput & stream, Source const & source);
     QV_NO_EXPORT qvUtil::Error copyAllInto(ioPackageFile & copy, qvUtil::Progress * progress) const;
     QV_NO_EXPORT void takeOver(ioPackageFile & other);

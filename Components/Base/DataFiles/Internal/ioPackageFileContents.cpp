@@ -53,9 +53,8 @@ struct ioPackageFile::Source {
 IString ioPackageFile::cleanupName(IString const & name) const {
     IString clean;
     clean.assign(name);
-    for (unsigned i = 0; i < clean.length(); ++i)
-        if (name[i] == L'\\')
-            clean[i] = L'/';
+    for (unsigned i = clean.find(L'\\'); i != IString::npos; i = clean.find(L'\\', i))
+        clean[i] = L'/';
     unsigned start = clean.length() > 1 && clean[1] == L':' ? 2 : 0;
     // What is cut off in front is cut off over and over, and a drive may stand behind it again.
     wchar_t const * const text = clean.asWChar();
@@ -97,6 +96,57 @@ Error ioPackageFile::verifyAddEntry(IString const & name) const {
 
 // ---- Into the package
 
+// A new record that is free again, unless it gets its name.
+class ioPackageFile::NewRecord {
+public:
+    NewRecord(ioPackageFile & package, std::int64_t size) : package_(package), index_(package.createEntry(size)) {}
+    NewRecord(NewRecord const &) = delete;
+    NewRecord & operator=(NewRecord const &) = delete;
+    ~NewRecord() {
+        if (!isNamed_)
+            package_.freeEntry(index_);
+    }
+
+    std::int64_t offset() const { return package_.entries_[index_].offset_; }
+    void name(Source const & source) {
+        ioPackageFileEntry & entry = package_.entries_[index_];
+        entry.name_.assign(source.name);
+        entry.timestamp_ = source.timestamp;
+        entry.compressed_ = source.compressed;
+        package_.enterName(index_, source.name);
+        isNamed_ = true;
+    }
+
+private:
+    ioPackageFile & package_;
+    int index_;
+    bool isNamed_ = false;
+};
+
+// Makes a record for the source, in the place of one that has its name; `write` puts the bytes into the output, and
+// gives the failure of the source's side.
+template <class Write>
+Error ioPackageFile::putIntoPackage(Source const & source, Write write) {
+    if (Error const error = openPackageForOutput())
+        return error;
+    if (auto const place = directory_.find(source.name); place != directory_.end())
+        freeEntry(place->second);
+    NewRecord record(*this, source.size);
+    auto const notWritten = [&] { return Error(10, L"Error writing entry: %S", source.name.asWChar()); };
+    if (!output_.seek(record.offset()))
+        return notWritten();
+    Error const error = write();
+    output_.flush();
+    if (error)
+        return error;
+    if (!output_.good())
+        return notWritten();
+    record.name(source);
+    if (source.progress != nullptr)
+        source.progress->set(1);
+    return Error();
+}
+
 Error ioPackageFile::addEntry(IString const & file, IString const & wantedName, bool compress,
                               qvUtil::Progress * progress) {
     IString const name = cleanupName(wantedName);
@@ -134,74 +184,41 @@ Error ioPackageFile::addEntry(ioPackageFileSource const & source, IString const 
 
 Error ioPackageFile::copySourceIntoPackage(ioPackageFileSource::Impl & source, IString const & name,
                                            qvUtil::Progress * progress) {
+    Source const stored{name, source.size(), source.timestamp(), source.isCompressed(), progress};
+    if (auto const bytes = source.bytes())
+        return putIntoPackage(stored, [&] {
+            output_.writeData(bytes->data(), static_cast<int>(bytes->size()));
+            return Error();
+        });
     ioClosing<ioBufferedStreamInput> stream;
     if (Error const error = source.open(stream))
         return error;
-    return copyStreamIntoPackage(stream,
-                                 Source{name, source.size(), source.timestamp(), source.isCompressed(), progress});
+    return copyStreamIntoPackage(stream, stored);
 }
 
-// A new record that is free again, unless it gets its name.
-class ioPackageFile::NewRecord {
-public:
-    NewRecord(ioPackageFile & package, std::int64_t size) : package_(package), index_(package.createEntry(size)) {}
-    NewRecord(NewRecord const &) = delete;
-    NewRecord & operator=(NewRecord const &) = delete;
-    ~NewRecord() {
-        if (!isNamed_)
-            package_.freeEntry(index_);
-    }
-
-    std::int64_t offset() const { return package_.entries_[index_].offset_; }
-    void name(Source const & source) {
-        ioPackageFileEntry & entry = package_.entries_[index_];
-        entry.name_.assign(source.name);
-        entry.timestamp_ = source.timestamp;
-        entry.compressed_ = source.compressed;
-        package_.enterName(index_, source.name);
-        isNamed_ = true;
-    }
-
-private:
-    ioPackageFile & package_;
-    int index_;
-    bool isNamed_ = false;
-};
-
 Error ioPackageFile::copyStreamIntoPackage(ioBufferedStreamInput & stream, Source const & source) {
-    if (Error const error = openPackageForOutput())
-        return error;
-    if (auto const place = directory_.find(source.name); place != directory_.end())
-        freeEntry(place->second);
-    NewRecord record(*this, source.size);
-    auto const notWritten = [&] { return Error(10, L"Error writing entry: %S", source.name.asWChar()); };
-    if (!output_.seek(record.offset()))
-        return notWritten();
-    ioPackageCopy::Block const block(source.size);
-    ioPackageCopy::Report const report(source.progress, source.size);
-    std::int64_t copied = 0;
-    bool hasMore = false;
-    while (output_.good() && !hasMore) {
-        int const count = stream.readData(block.get(), block.size());
-        if (count <= 0)
-            break;
-        // What the source has grown by does not belong into the package, where somebody else's bytes may follow.
-        int const wanted = static_cast<int>(std::min<std::int64_t>(count, source.size - copied));
-        output_.writeData(block.get(), wanted);
-        copied += wanted;
-        report(copied);
-        hasMore = wanted < count;
-    }
-    output_.flush();
-    if (!ioPackageCopy::isSound(stream))
-        return Error(9, L"Error reading file for entry: %S", source.name.asWChar());
-    if (hasMore || stream.good() || copied != source.size)
-        return Error(16, L"While writing file for entry it changed size: %S", source.name.asWChar());
-    if (!output_.good())
-        return notWritten();
-    record.name(source);
-    report.end();
-    return Error();
+    return putIntoPackage(source, [&] {
+        ioPackageCopy::Block const block(source.size);
+        ioPackageCopy::Report const report(source.progress, source.size);
+        std::int64_t copied = 0;
+        bool hasMore = false;
+        while (output_.good() && !hasMore) {
+            int const count = stream.readData(block.get(), block.size());
+            if (count <= 0)
+                break;
+            // What the source has grown by does not belong into the package, where somebody else's bytes may follow.
+            int const wanted = static_cast<int>(std::min<std::int64_t>(count, source.size - copied));
+            output_.writeData(block.get(), wanted);
+            copied += wanted;
+            report(copied);
+            hasMore = wanted < count;
+        }
+        if (!ioPackageCopy::isSound(stream))
+            return Error(9, L"Error reading file for entry: %S", source.name.asWChar());
+        if (hasMore || stream.good() || copied != source.size)
+            return Error(16, L"While writing file for entry it changed size: %S", source.name.asWChar());
+        return Error();
+    });
 }
 
 Error ioPackageFile::addEntry(ioPackageFileEntry const * entry, IString const & wantedName,
