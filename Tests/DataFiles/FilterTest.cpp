@@ -11,6 +11,7 @@
 
 #include <cstring>
 #include <malloc.h>
+#include <map>
 #include <vector>
 
 using namespace qvTest;
@@ -136,6 +137,45 @@ TEST(CompressFilter, WritesTheStreamOfTheReferenceBitByBit) {
         }
         ASSERT_TRUE(referenceCompress(data) == written(data, {Filter::compress}));
     }
+}
+
+// The same while there are few strings, where it takes names of slots to bring it about: 0 and 69000.
+TEST(CompressFilter, ForgetsTwoZerosBeforeItHasManyStrings) {
+    SeededRandom random;
+    std::map<std::string, int> codes; // of the strings of two bytes and more
+    std::string data;
+    std::string current;
+    auto const feed = [&](std::string const & bytes) {
+        for (char const c : bytes) {
+            data += c;
+            bool const isKnown = codes.contains(current + c);
+            if (!isKnown && !current.empty())
+                codes.emplace(current + c, 258 + static_cast<int>(codes.size()));
+            current = isKnown ? current + c : std::string(1, c);
+        }
+    };
+    // Bytes whose first begins a string.
+    auto const begin = [&](std::string const & bytes) {
+        while (codes.contains(current + bytes[0]))
+            feed(randomBytes(random, 1, 255, 1));
+        feed(bytes);
+    };
+    auto const follow = [&](int code, char byte) {
+        while (codes.size() < static_cast<std::size_t>(code) - 256)
+            feed(randomBytes(random, 1, 255, 1));
+        begin(
+            std::find_if(codes.begin(), codes.end(), [&](auto const & known) { return known.second == code; })->first);
+        feed({byte});
+    };
+    std::string const twoZeros(2, '\0');
+    follow(512, 2); // has slot 0
+    begin(twoZeros);
+    begin("\xC4\x86");   // has slot 34500
+    follow(708, '\x84'); // would have it, and has 69000
+    begin(twoZeros);
+    feed(randomBytes(random, 5000, 255, 1));
+    begin(twoZeros + "\1\7");
+    ASSERT_TRUE(referenceCompress(data) == written(data, {Filter::compress}));
 }
 
 TEST(CompressFilter, CountersGoBeyond32Bits) {

@@ -267,6 +267,10 @@ TEST_F(PackageFile, FailuresHaveTheirNumbers) {
     fs::create_hard_link(path("p"), path("again"));
     for (char const * const own : {"p", "again", "./p"})
         EXPECT_THAT(package_->write(name(own)), FailsWith(4, "The pacakge is not writable."));
+    // Also when that was replaced, since it is read by its name.
+    fs::copy_file(path("p"), path("newer"));
+    fs::rename(path("newer"), path("p"));
+    EXPECT_THAT(package_->write(name("p")), FailsWith(4, "The pacakge is not writable."));
     EXPECT_THAT(package_->extractEntry(package_->getEntry(wide("a")), name("p")),
                 FailsWith(2, "Can not create file: " + path("p")));
 
@@ -470,6 +474,11 @@ TEST_F(PackageFile, ExpandsNowhereElse) {
     fs::current_path(path("."));
     IString inDrive;
     EXPECT_THAT(ioPackageFile::placeBelow(wide("c:"), wide("d/x"), inDrive), Succeeds());
+    std::string endless = "a";
+    for (int i = 0; i < 500000; ++i)
+        endless += "/a";
+    for (std::string const & refused : {std::string("a/../c:"), std::string("a/../c:/x"), endless})
+        EXPECT_EQ(ioPackageFile::placeBelow(IString(), wide(refused), inDrive).num(), 12);
     fs::current_path(before);
     EXPECT_EQ(fs::path(inDrive.asUTF8()), fs::canonical(path("c:")) / "d/x");
     EXPECT_THAT(package_->expand(name("fresh/deep")), testing::_);

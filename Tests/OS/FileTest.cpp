@@ -324,6 +324,9 @@ TEST_F(FileTest, MovesAndDeletes) {
         EXPECT_FALSE(fs::is_symlink(path("link")));
         EXPECT_EQ(bytesOf(path("outside/kept")), "kept");
     }
+    fs::create_symlink("nothing", path("link"));
+    EXPECT_THAT(File(name("link/")).deleteSelf(0), Succeeds());
+    EXPECT_FALSE(fs::is_symlink(path("link")));
     EXPECT_THAT(missing.deleteSelf(0), FailsWith(4, "An I/O problem has occurred"));
 }
 

@@ -10,6 +10,7 @@
 
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <optional>
 #include <set>
 
 namespace qvOS {
@@ -46,8 +47,9 @@ protected:
             writeBytes(path("d/plan.dat"), oldContents);
     }
 
-    // The whole save of an application; true when it was told that all went well.
-    bool save() const {
+    // The whole save of an application; true when it was told that all went well. The copy is of the time before the
+    // contents are swapped in.
+    bool save(std::optional<ProtectedWrite> & copy) const {
         ProtectedWrite saving(Filename(wide(path("d/plan.dat"))));
         if (GetParam() == Strategy::copies)
             saving.useCopyStrategy();
@@ -61,7 +63,10 @@ protected:
             written = !file.close() && written;
         if (!written)
             saving.invalidate();
-        return saving.finalize();
+        copy = saving;
+        bool const isSaved = saving.finalize();
+        static_cast<void>(saving.finalize()); // which changes nothing
+        return isSaved;
     }
 
     // The contents of all files that there are, whatever their names.
@@ -88,11 +93,14 @@ TEST_P(SystemFaults, OfASaveLeaveTheOldOrTheNewContents) {
                     reset(withOld);
                     bool isSaved = false;
                     bool struck = false;
+                    std::optional<ProtectedWrite> copy;
                     {
                         FailingSystem const failing(fault, lasts, n, only);
-                        isSaved = save();
+                        isSaved = save(copy);
                         struck = FailingSystem::struck();
                     }
+                    if (copy)
+                        static_cast<void>(copy->finalize());
                     std::string const main = bytesOf(path("d/plan.dat"));
                     ASSERT_EQ(qvTest::numOpenDescriptors(), descriptors);
                     std::multiset<std::string> const all = contents();
@@ -119,7 +127,10 @@ TEST_P(SystemFaults, ThatEndTheProcessLeaveWholeContents) {
     for (bool const withOld : {true, false})
         for (int n = 0;; ++n) {
             reset(withOld);
-            bool const ended = qvTest::endsAt(n, [this] { return save(); });
+            bool const ended = qvTest::endsAt(n, [this] {
+                std::optional<ProtectedWrite> copy;
+                return save(copy);
+            });
             std::multiset<std::string> const all = contents();
             std::string const main = bytesOf(path("d/plan.dat"));
             ASSERT_TRUE(!withOld || all.count(oldContents) + all.count(newContents) > 0) << n;

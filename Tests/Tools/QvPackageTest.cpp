@@ -43,9 +43,10 @@ protected:
 };
 
 TEST_F(QvPackage, TreesComeBackAsTheyWere) {
-    for (int i = 0; i < 40; ++i)
+    // So many that several threads share the work, and wait for one another.
+    for (int i = 0; i < 700; ++i)
         put("src/d" + std::to_string(i % 5) + "/deeper/f" + std::to_string(i),
-            std::string(static_cast<std::size_t>(i * i * 7), static_cast<char>(i)));
+            std::string(static_cast<std::size_t>(i % 40 * i * 7), static_cast<char>(i)));
     put("src/\xC3\xA9\xF0\x9F\x98\x80", "name in UTF-8");
     put("src/line\nbreak", "control");
     put("single", "a file");
@@ -82,7 +83,7 @@ TEST_F(QvPackage, TreesComeBackAsTheyWere) {
     // Names are relative to where an argument lies.
     fs::remove(path("p"));
     expectFine("add p src/d1/deeper/../deeper/f1 ./src/d2/ .//single");
-    EXPECT_EQ(run("list p").out.find("d2/deeper/f12\n"), 0U);
+    EXPECT_EQ(run("list p").out.find("d2/deeper/f102\n"), 0U);
     expectFine("extract --to some p f1");
     EXPECT_EQ(tree("some").size(), 1U);
 }
@@ -149,6 +150,16 @@ TEST_F(QvPackage, RefusesWhatWouldDoHarm) {
     expectFine("add p d");
     expect("extract --to out p", 1, "qvpackage: File is using a name which is not allowed: d/x\n");
     EXPECT_TRUE(fs::is_empty(path("elsewhere")) && fs::exists(path("out/x")));
+    // A name that ends like a directory is that of a file.
+    fs::remove_all(path("out"));
+    qvString::IString const source(path("x").c_str(), qvString::UTF8);
+    ioPackageFile folders;
+    ASSERT_FALSE(folders.open(qvString::IString(path("folders").c_str(), qvString::UTF8)));
+    for (char const * const name : {"a/", "a/b"})
+        ASSERT_FALSE(folders.addEntry(source, qvString::IString(name, qvString::UTF8), false));
+    ASSERT_FALSE(folders.update());
+    EXPECT_EQ(run("extract --to out folders").err, "qvpackage: File Exists\n");
+    EXPECT_TRUE(tree("out").size() == 1 && fs::is_regular_file(path("out/a")));
     // A damaged entry, and bytes cut off.
     std::string bytes = bytesOf(path("p"));
     std::string damaged = bytes;

@@ -39,6 +39,8 @@ std::size_t soundPrefix(std::string const & bytes, std::size_t start, IString & 
 } // namespace
 
 IString nameOf(std::string const & bytes) {
+    if (std::all_of(bytes.begin(), bytes.end(), [](char c) { return static_cast<signed char>(c) > 0; }))
+        return IString(bytes.c_str(), qvString::UTF8);
     bool isSound = false;
     IString const whole((std::string(1, 'x') + bytes).c_str(), qvString::UTF8, &isSound);
     if (isSound && bytes.find('\0') == std::string::npos)
@@ -73,8 +75,9 @@ std::string bytesOf(IString const & name) {
 }
 
 bool hasStrangeBytes(IString const & name) {
+    wchar_t const * const units = name.asWChar();
     for (unsigned i = 0; i < name.length(); ++i)
-        if (isStrange(name[i]) && (i == 0 || !isLead(name[i - 1])))
+        if (isStrange(units[i]) && (i == 0 || !isLead(units[i - 1])))
             return true;
     return false;
 }

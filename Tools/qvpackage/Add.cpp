@@ -5,9 +5,14 @@
 #include "Support/ProgressBar.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <dirent.h>
+#include <fcntl.h>
 #include <filesystem>
+#include <memory>
 #include <set>
 #include <sys/stat.h>
+#include <system_error>
 
 namespace fs = std::filesystem;
 
@@ -24,7 +29,9 @@ public:
         if (last.empty() && path.has_parent_path())
             last = path.parent_path().filename(); // behind a separator at the end
         bool const isNamed = !last.empty() && last != "." && last != "..";
-        visit(argument, isNamed ? last.string() : std::string(), Links::followed);
+        Found found{argument};
+        found.look(AT_FDCWD);
+        visit(argument, isNamed ? last.string() : std::string(), found, Links::followed);
     }
     std::vector<FileToAdd> const & files() const { return files_; }
     std::int64_t bytes() const { return bytes_; }
@@ -38,10 +45,23 @@ private:
         hasLeftOut_ = true;
     }
 
-    void visit(std::string const & path, std::string const & entry, Links links) {
-        struct ::stat status;
-        if (::lstat(path.c_str(), &status) != 0)
-            return leaveOut(path, "there is no such file");
+    // What the system says of a file, a link itself.
+    struct Found {
+        std::string name;
+        struct ::stat status = {};
+        int failure = 0;
+
+        void look(int directory) {
+            failure = ::fstatat(directory, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 ? 0 : errno;
+        }
+    };
+
+    void visit(std::string const & path, std::string const & entry, Found found, Links links) {
+        if (found.failure != 0) {
+            bool const isMissing = found.failure == ENOENT || found.failure == ENOTDIR;
+            return leaveOut(path, isMissing ? "there is no such file" : messageOf(found.failure));
+        }
+        struct ::stat & status = found.status;
         bool const isLink = S_ISLNK(status.st_mode);
         if (isLink && ::stat(path.c_str(), &status) != 0)
             leaveOut(path, "a link that leads to nothing");
@@ -58,19 +78,36 @@ private:
     }
 
     void visitDirectory(std::string const & path, std::string const & entry) {
-        std::error_code failure;
-        std::vector<std::string> names;
-        for (fs::directory_iterator at(path, failure), end; !failure && at != end; at.increment(failure))
-            names.push_back(at->path().filename().string());
-        if (failure)
-            return leaveOut(path, failure.message());
-        if (names.empty())
+        std::vector<Found> found;
+        if (int const failure = readDirectory(path, found))
+            return leaveOut(path, messageOf(failure));
+        if (found.empty())
             return leaveOut(path, "a package holds no empty directories");
-        std::sort(names.begin(), names.end());
-        for (std::string const & name : names)
-            visit(path.ends_with('/') ? path + name : path + "/" + name, entry.empty() ? name : entry + "/" + name,
-                  Links::left);
+        std::sort(found.begin(), found.end(), [](Found const & a, Found const & b) { return a.name < b.name; });
+        for (Found const & file : found)
+            visit(path.ends_with('/') ? path + file.name : path + "/" + file.name,
+                  entry.empty() ? file.name : entry + "/" + file.name, file, Links::left);
     }
+
+    // Asks about all files while the directory is open: so the system need not find the way to each.
+    static int readDirectory(std::string const & path, std::vector<Found> & found) {
+        std::unique_ptr<DIR, int (*)(DIR *)> const directory(::opendir(path.c_str()), ::closedir);
+        if (!directory)
+            return errno;
+        for (;;) {
+            errno = 0;
+            dirent const * const read = ::readdir(directory.get());
+            if (read == nullptr)
+                return errno;
+            std::string const name = read->d_name;
+            if (name == "." || name == "..")
+                continue;
+            found.push_back({name});
+            found.back().look(::dirfd(directory.get()));
+        }
+    }
+
+    static std::string messageOf(int failure) { return std::generic_category().message(failure); }
 
     void take(std::string const & path, std::string const & entry, std::int64_t size) {
         qvString::IString const name = nameOf(entry);
@@ -144,13 +181,21 @@ Status add(AddOptions const & options, std::string const & package, std::vector<
     Change change(package, options.how);
     if (!change.begin(Presence::madeWhenAbsent))
         return unusable;
-    if (addAll(change.package(), collector, options, status))
-        return change.finish() ? status : unusable;
     // On a copy the old package stays; in place the directory must still be written, for what was appended lies over
     // the old one.
-    if (options.how == How::onACopy)
-        change.giveUp();
-    else
-        static_cast<void>(change.finish());
+    auto const end = [&] {
+        if (options.how == How::onACopy)
+            change.giveUp();
+        else
+            static_cast<void>(change.finish());
+    };
+    try {
+        if (addAll(change.package(), collector, options, status))
+            return change.finish() ? status : unusable;
+    } catch (...) {
+        end();
+        throw;
+    }
+    end();
     return unusable;
 }

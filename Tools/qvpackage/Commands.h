@@ -38,6 +38,9 @@ Status compact(std::string const & package, std::string const & target);
 Status check(std::string const & package);
 Status info(std::string const & package);
 
+// Whether a file is there, also one that cannot be asked about.
+bool isThere(std::string const & package);
+
 // Opens a package that is to be there: the library makes one where there is none. False with the reason told; `damage`
 // then holds the failure when it was that the file is no sound package.
 bool openExisting(ioPackageFile & package, std::string const & name, qvUtil::Error * damage = nullptr);

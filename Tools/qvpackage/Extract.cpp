@@ -14,7 +14,6 @@
 #include <fcntl.h>
 #include <mutex>
 #include <sys/stat.h>
-#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -43,16 +42,17 @@ public:
         timespec const times[2] = {{0, UTIME_OMIT}, {static_cast<time_t>(entry.getTimeStamp()), 0}};
         if (::utimensat(AT_FDCWD, name.c_str(), times, 0) == 0)
             return qvUtil::Error();
-        return qvUtil::Error(10, L"Its date cannot be set: %S", file.asWChar());
+        return qvUtil::Error(10, L"Error setting the date of file: %S", file.asWChar());
     }
 
 private:
     // Where an entry goes. Those of one directory follow one another, and what was looked at for the first is not
-    // looked at again.
+    // looked at again. Only names in normal form lie in the directory that stands in them.
     qvUtil::Error place(qvString::IString const & name, qvString::IString & file) {
-        unsigned const last = std::max(name.rfind(L'/') + 1, name.rfind(L'\\') + 1); // 0 without any
-        qvString::IString const folder = name.substr(0, last);
-        if (last > 0 && folder == folder_) {
+        unsigned const last = name.rfind(L'/') + 1; // 0 without any
+        bool const isNormal = last < name.length() && qvOS::Filename(name).name() == name;
+        qvString::IString const folder = isNormal ? name.substr(0, last) : qvString::IString();
+        if (!folder.isEmpty() && folder == folder_) {
             file = place_;
             file.append(name.substr(last));
             return ioPackageFile::verifyExtractName(name);
@@ -101,7 +101,8 @@ private:
     void run(ioPackageFile const & file) {
         // It takes some entries to make up for one more open package. A limit counts the entries in their order.
         constexpr std::size_t enoughForEach = 64;
-        std::size_t const processors = std::max(std::thread::hardware_concurrency(), 1U);
+        constexpr std::size_t mostThreads = 16;
+        std::size_t const processors = std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1, mostThreads);
         std::size_t const count = options_.limit >= 0 ? 1 : std::min(processors, entries_.size() / enoughForEach + 1);
         qvUtil::Progress progress;
         ProgressBar const bar(ProgressBar::Use::whereATerminalIs, progress);
@@ -112,7 +113,7 @@ private:
                 helpers.emplace_back([this] { help(); });
                 ++numHelping_;
             }
-        } catch (std::system_error const &) {
+        } catch (std::exception const &) {
             // Fewer do it too.
         }
         work(file, &progress);
@@ -126,13 +127,14 @@ private:
             std::rethrow_exception(thrown_);
     }
 
+    // Where the package cannot be opened once more, the others do it too. Opening one that is gone would make it.
     void help() {
         try {
             ioPackageFile own;
-            if (!own.open(nameOf(package_)))
+            if (isThere(package_) && !own.open(nameOf(package_)))
                 work(own, nullptr);
-        } catch (...) {
-            keepThrown();
+        } catch (std::exception const &) {
+            // Nothing was taken: what is thrown at work is kept there.
         }
         std::lock_guard const lock(mutex_);
         ++numEnded_;
@@ -175,7 +177,9 @@ private:
         };
         qvUtil::Progress writing;
         writing.getSigUpdate().addCallback(count);
-        return extractor.extract(*entry, writing);
+        qvUtil::Error const error = extractor.extract(*entry, writing);
+        writing.set(1); // also of one that has failed
+        return error;
     }
 
     void show(qvUtil::Progress & progress) const {

@@ -55,7 +55,7 @@ bool isWhole(ioPackageFileEntry const & entry, qvUtil::Progress & progress) {
     return isAtEnd && (entry.getCompressed() || bytes == entry.getSize());
 }
 
-// The bytes of all entries, and how many they and the compressed ones are.
+// The bytes of all entries and of their names, and how many are compressed.
 struct Totals {
     explicit Totals(ioPackageFile const & file) {
         for (auto const & [name, index] : file.getDirectory()) {

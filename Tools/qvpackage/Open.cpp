@@ -3,10 +3,14 @@
 
 #include "Base/OS/qvOSFile.h"
 
+bool isThere(std::string const & package) {
+    qvOS::FileStatus status;
+    return qvOS::File::query(nameOf(package), status) || status.exists();
+}
+
 bool openExisting(ioPackageFile & package, std::string const & name, qvUtil::Error * damage) {
     constexpr int noSoundPackage = 17;
-    qvOS::FileStatus status;
-    if (!qvOS::File::query(nameOf(name), status) && !status.exists()) {
+    if (!isThere(name)) {
         complain(shown(name) + ": there is no such package");
         return false;
     }

@@ -7,17 +7,18 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
-#include <system_error>
+#include <utility>
 
 namespace {
 
 constexpr std::size_t mostWorkers = 16;
-// What may wait to be added.
-constexpr std::size_t mostAhead = 256;
-constexpr std::int64_t mostBytesAhead = std::int64_t{32} << 20;
+// As long as no more are begun and not added, a worker takes the next ones.
+constexpr std::size_t enoughAhead = 128;
+constexpr std::int64_t enoughBytesAhead = std::int64_t{16} << 20;
 // What a worker takes at once: to hand over each small file by itself would take as long as to read it.
 constexpr std::size_t mostAtOnce = 16;
 constexpr std::int64_t enoughAtOnce = 128 * 1024;
+constexpr std::size_t numSlots = enoughAhead + mostAtOnce;
 
 } // namespace
 
@@ -28,12 +29,12 @@ Preparation::Preparation(std::vector<FileToAdd> const & files, bool compress) : 
     std::size_t const processors = std::max(std::thread::hardware_concurrency(), 1U);
     std::size_t const wanted = compress ? processors : processors - 1;
     std::size_t const count = std::min({wanted, mostWorkers, files_.size()});
-    slots_.resize(mostAhead);
+    slots_.resize(numSlots);
     workers_.reserve(count);
     try {
         while (workers_.size() < count)
             workers_.emplace_back([this] { work(); });
-    } catch (std::system_error const &) {
+    } catch (std::exception const &) {
         // Fewer do it too; without any, the caller works.
     }
 }
@@ -76,9 +77,8 @@ std::size_t Preparation::claimed() const {
     return count;
 }
 
-// Whether it is worth to go on: who has filled all the room waits until half of it is free.
 bool Preparation::hasRoom() const {
-    return begun_ <= taken_ || (begun_ - taken_ <= mostAhead / 2 && ahead_ <= mostBytesAhead / 2);
+    return begun_ <= taken_ || (begun_ - taken_ <= enoughAhead && ahead_ <= enoughBytesAhead);
 }
 
 void Preparation::work() {
@@ -100,7 +100,7 @@ void Preparation::work() {
             done[i - first] = prepare(files_[i]);
         lock.lock();
         for (std::size_t i = first; i < end; ++i)
-            slots_[i % mostAhead] = std::move(done[i - first]);
+            slots_[i % numSlots] = std::move(done[i - first]);
         if (first <= taken_ && taken_ < end)
             ready_.notify_one();
     }
@@ -111,22 +111,32 @@ Prepared Preparation::take(std::function<void(std::int64_t)> const & waiting) {
     if (workers_.empty())
         taken = prepare(files_[taken_++]);
     else {
-        std::unique_lock lock(mutex_);
-        Slot & slot = slots_[taken_ % mostAhead];
-        while (!ready_.wait_for(lock, std::chrono::milliseconds(100), [&] { return slot.isReady; })) {
-            std::int64_t const bytes = bytes_;
-            lock.unlock();
-            waiting(bytes);
-            lock.lock();
-        }
-        taken = std::move(slot);
-        slot = Slot();
-        ahead_ -= files_[taken_].size;
-        ++taken_;
-        if (numIdle_ > 0 && hasRoom())
-            room_.notify_one();
+        if (nextInHand_ == inHand_.size())
+            takeReady(waiting);
+        taken = std::move(inHand_[nextInHand_++]);
     }
     if (taken.thrown)
         std::rethrow_exception(taken.thrown);
     return std::move(taken.prepared);
+}
+
+// Waits for the next file, and takes those behind it that are ready too: the caller and the workers are not to get in
+// each other's way for each single one.
+void Preparation::takeReady(std::function<void(std::int64_t)> const & waiting) {
+    inHand_.clear();
+    nextInHand_ = 0;
+    std::unique_lock lock(mutex_);
+    while (!ready_.wait_for(lock, std::chrono::milliseconds(100), [&] { return nextSlot().isReady; })) {
+        std::int64_t const bytes = bytes_;
+        lock.unlock();
+        waiting(bytes);
+        lock.lock();
+    }
+    while (taken_ < begun_ && nextSlot().isReady) {
+        inHand_.push_back(std::exchange(nextSlot(), Slot()));
+        ahead_ -= files_[taken_].size;
+        ++taken_;
+    }
+    if (numIdle_ > 0 && hasRoom())
+        room_.notify_all();
 }

@@ -36,8 +36,8 @@ public:
     // Waits for the files that are being worked at.
     ~Preparation();
 
-    // The next file, once for each. While it is not ready, `waiting` is called ten times a second with the bytes that
-    // were read so far, of all files.
+    // The next file, once for each. While a worker makes it ready, `waiting` is called ten times a second with the
+    // bytes that were read so far, of all files.
     Prepared take(std::function<void(std::int64_t bytes)> const & waiting);
 
 private:
@@ -48,7 +48,9 @@ private:
     };
 
     void work();
-    bool hasRoom() const;
+    void takeReady(std::function<void(std::int64_t bytes)> const & waiting);
+    Slot & nextSlot() { return slots_[taken_ % slots_.size()]; }
+    bool hasRoom() const; // for a worker to go on
     std::size_t claimed() const;
     Slot prepare(FileToAdd const & file);
 
@@ -65,6 +67,9 @@ private:
     std::size_t numIdle_ = 0;
     bool isEnding_ = false;
     std::vector<std::thread> workers_;
+    // Of the caller alone: files that it has taken, and the next of them to be given away.
+    std::vector<Slot> inHand_;
+    std::size_t nextInHand_ = 0;
 };
 
 #endif

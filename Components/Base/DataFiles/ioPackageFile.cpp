@@ -72,6 +72,15 @@ private:
     std::int64_t position_ = 0;
 };
 
+// The directory in which a file lies, whatever its name leads through.
+IString directoryOf(IString const & file) {
+    IString resolved;
+    if (!qvPlatform::resolvedName(file, resolved).good())
+        return qvOS::Filename(file).dirname();
+    unsigned const last = resolved.rfind(qvPlatform::nameSeparator());
+    return last == IString::npos ? IString() : resolved.substr(0, last + 1);
+}
+
 } // namespace
 
 ioPackageFile::ioPackageFile() { reset(); }
@@ -241,15 +250,6 @@ Error ioPackageFile::update() {
     if (!writable_)
         return Error(4, "The package file is not writable.");
     return dirty_ ? writeDirectory() : Error();
-}
-
-// The directory in which a file lies, whatever its name leads through.
-IString directoryOf(IString const & file) {
-    IString resolved;
-    if (!qvPlatform::resolvedName(file, resolved).good())
-        return IString();
-    unsigned const last = resolved.rfind(qvPlatform::nameSeparator());
-    return last == IString::npos ? IString() : resolved.substr(0, last + 1);
 }
 
 // The bytes that the directory names, and the directory, are safe before the pointer makes it the valid one, and the

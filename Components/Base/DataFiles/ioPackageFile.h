@@ -47,7 +47,8 @@ class PackageReadContext;
 // otherwise. Behind a failure the table is consistent, and the object can go on. An object belongs to one thread at a
 // time; two objects on one file, of which one changes it, are a fault of their owners, for nothing is locked.
 //
-// What takes long reports on a Progress, if it gets one, from 0 to 1; it does not ask whether it is cancelled.
+// What takes long reports on a Progress, if it gets one, from 0 to 1, where it arrives with success (what is unpacked
+// is estimated); it does not ask whether it is cancelled.
 //
 //      1  "Internal error."
 //      2  "Can not create file: %s"
@@ -96,7 +97,7 @@ public:
     // Adds a file under a name, which is cleaned up first; an entry of that name is replaced, and lost when copying
     // into the package fails: "Error reading file for entry: %s", "Error writing entry: %s" and 16. Asked to, it is
     // stored compressed when that makes it smaller; for a large file this needs room in the temporary directory. The
-    // file must keep its size meanwhile, and not be the package itself (15). Failures: 2 to 4, 6 to 12, 15, 16.
+    // file must keep its size meanwhile, and not be the package itself (15). Failures: 3, 4, 6 to 12, 15, 16.
     qvUtil::Error addEntry(qvString::IString const & file, qvString::IString const & name, bool compress,
                            qvUtil::Progress * progress = nullptr);
     // The same of a file that was made ready before, as often as wanted. Failures: 3, 4, 7, 9 to 12, 15, 16; 7 also
@@ -120,12 +121,14 @@ public:
     qvUtil::Error expand(qvString::IString const & directory) const;
     // Refuses, with 12, a name that leads out of any directory to which it is joined.
     static qvUtil::Error verifyExtractName(qvString::IString const & name);
-    // Where expand() puts an entry of that name below a directory; 12 when it refuses to.
+    // Where expand() puts an entry of that name below a directory; 12 when it refuses to, also for want of a path so
+    // long.
     static qvUtil::Error placeBelow(qvString::IString const & directory, qvString::IString const & name,
                                     qvString::IString & file);
 
     // Writes a copy without free parts, and goes on with that. A file of that name is replaced, but not this package's
-    // own (4, "The pacakge is not writable."). Failures: 3, and those of open(), addEntry() and update().
+    // own (4, "The pacakge is not writable."). Behind a failure this object goes on with its own file; the other one is
+    // lost, and what was written of the copy stays there. Failures: 3, and those of open(), addEntry() and update().
     qvUtil::Error write(qvString::IString const & name, qvUtil::Progress * progress = nullptr);
 
     // Whether the file begins like a package with a directory. The directory is not read.
@@ -172,6 +175,7 @@ private:
     QV_NO_EXPORT void freeEntry(int index);
     QV_NO_EXPORT void insertRecord(int index, std::int64_t offset, std::int64_t size);
     QV_NO_EXPORT void movePlaces(int index, int by);
+    QV_NO_EXPORT bool enterAllNames();
     QV_NO_EXPORT bool enterName(int index, qvString::IString const & name);
     QV_NO_EXPORT char const * findFault(std::int64_t end) const;
 
@@ -181,6 +185,8 @@ private:
                                                      qvUtil::Progress * progress);
     QV_NO_EXPORT qvUtil::Error copyEntryIntoPackage(ioPackageFileEntry const * entry, qvString::IString const & name,
                                                     qvUtil::Progress * progress);
+    template <class Write>
+    QV_NO_EXPORT qvUtil::Error putIntoPackage(Source const & source, Write write);
     QV_NO_EXPORT qvUtil::Error copyStreamIntoPackage(ioBufferedStreamInput & stream, Source const & source);
     QV_NO_EXPORT qvUtil::Error copyAllInto(ioPackageFile & copy, qvUtil::Progress * progress) const;
     QV_NO_EXPORT void takeOver(ioPackageFile & other);

@@ -5,9 +5,12 @@
 #include "Base/DataFiles/Internal/ioPackageFileSourceImpl.h"
 #include "Base/DataFiles/ioBufferedStreamInput.h"
 #include "Base/DataFiles/ioBufferedStreamOutput.h"
+#include "Base/OS/Internal/FileCodes.h"
 #include "Base/OS/qvOSFile.h"
 #include "Base/Platform/PlatformFile.h"
 #include "Base/Platform/PlatformScopedDescriptor.h"
+
+#include <algorithm>
 
 using qvString::IString;
 using qvUtil::Error;
@@ -29,18 +32,13 @@ void ioPackageFileSource::Impl::Ready::open(ioBufferedStreamOutput & stream) {
     stream.openFile(name_); // which fails without a name
 }
 
-void ioPackageFileSource::Impl::Ready::open(ioBufferedStreamInput & stream) {
-    at_ = 0;
-    if (isInMemory_)
-        return stream.openIOStream(this);
-    stream.openFile(name_);
-}
+void ioPackageFileSource::Impl::Ready::open(ioBufferedStreamInput & stream) const { stream.openFile(name_); }
 
 bool ioPackageFileSource::Impl::Ready::finish() {
     qvPlatform::FileFacts facts;
     if (!isInMemory_ && !qvPlatform::queryFile(name_, qvPlatform::Links::follow, facts).good())
         return false;
-    size_ = isInMemory_ ? static_cast<std::int64_t>(bytes_.size()) : facts.size;
+    size_ = isInMemory_ ? static_cast<std::int64_t>(numBytes_) : facts.size;
     return true;
 }
 
@@ -48,28 +46,36 @@ bool ioPackageFileSource::Impl::Ready::load(IString const & file, std::int64_t s
     qvPlatform::ScopedDescriptor opened;
     if (!qvPlatform::openForReading(file, *opened).good())
         return false;
+    auto const wanted = static_cast<std::size_t>(size);
     // One byte more than there should be is enough to know that it has grown.
-    bytes_.resize(static_cast<std::size_t>(size) + 1);
-    std::size_t got = 0;
+    makeRoom(wanted + 1);
     qvPlatform::TransferResult piece;
     do {
-        qvPlatform::MutablePiece const rest{bytes_.data() + got, bytes_.size() - got};
+        qvPlatform::MutablePiece const rest{bytes_.get() + numBytes_, wanted + 1 - numBytes_};
         piece = qvPlatform::readSome(*opened, {&rest, 1});
-        got += piece.count;
-    } while (piece.result.good() && piece.count > 0 && got < bytes_.size());
-    bool const isWhole = piece.result.good() && got + 1 == bytes_.size();
-    bytes_.resize(got);
-    return isWhole && finish();
+        numBytes_ += piece.count;
+    } while (piece.result.good() && piece.count > 0 && numBytes_ < wanted);
+    return piece.result.good() && numBytes_ == wanted && finish();
 }
 
-Error ioPackageFileSource::Impl::Ready::read(void * buffer, unsigned int size, unsigned int * count) {
-    *count = static_cast<unsigned int>(bytes_.copy(static_cast<char *>(buffer), size, at_));
-    at_ += *count;
-    return *count < size ? qvOS::File::getError(3) : Error();
+void ioPackageFileSource::Impl::Ready::makeRoom(std::size_t count) {
+    if (count <= room_)
+        return;
+    auto larger = std::make_unique_for_overwrite<char[]>(std::max(count, 2 * room_));
+    std::copy_n(bytes_.get(), numBytes_, larger.get());
+    room_ = std::max(count, 2 * room_);
+    bytes_ = std::move(larger);
+}
+
+Error ioPackageFileSource::Impl::Ready::read(void *, unsigned int, unsigned int * count) {
+    *count = 0;
+    return qvOS::File::getError(qvOS::code::endOfFile);
 }
 
 Error ioPackageFileSource::Impl::Ready::write(void const * buffer, unsigned int size, unsigned int * count) {
-    bytes_.append(static_cast<char const *>(buffer), size);
+    makeRoom(numBytes_ + size);
+    std::copy_n(static_cast<char const *>(buffer), size, bytes_.get() + numBytes_);
+    numBytes_ += size;
     *count = size;
     return Error();
 }
@@ -162,6 +168,8 @@ Error ioPackageFileSource::prepare(IString const & file, bool compress, qvUtil::
     }
     impl->load();
     impl_ = std::move(impl);
+    if (progress != nullptr)
+        progress->set(1);
     return Error();
 }
 

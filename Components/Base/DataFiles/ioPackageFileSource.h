@@ -33,8 +33,9 @@ public:
     ~ioPackageFileSource();
 
     // Reads a file and, asked to, compresses it; it is stored compressed when that makes it smaller. The file must keep
-    // its size meanwhile, a large one that is stored as it is until it is added. Progress goes from 0 to 1. Failures,
-    // behind which there is nothing to add:
+    // its size meanwhile, a large one that is stored as it is until it is added. Of what is stored as it is, that the
+    // file cannot be read may come out only when it is added. Progress goes from 0 to 1. Failures, behind which there
+    // is nothing to add:
     //
     //      6  "File does not exist: %s\n"
     //      7  "Could not read file: %s\n"
@@ -52,7 +53,7 @@ public:
 
 private:
     friend class ioPackageFile;
-    class Impl;
+    class QV_NO_EXPORT Impl;
 
     std::unique_ptr<Impl> impl_; // null when nothing is ready
 };

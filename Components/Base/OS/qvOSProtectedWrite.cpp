@@ -121,41 +121,40 @@ bool ProtectedWrite::finalize() {
         status_ = StatusInvalidated;
     if (status_ == StatusOk && !doesFileExist(temp_))
         status_ = StatusNoNewFile;
-    bool const isMainWhole = status_ != StatusOk || swapIn();
+    if (status_ == StatusOk)
+        swapIn();
     if (doesFileExist(temp_))
         static_cast<void>(fileDelete(temp_));
-    // It is kept while it may hold the last whole contents.
-    if (isMainWhole && doesFileExist(backup_))
+    if (backupIsSpare_ && doesFileExist(backup_))
         static_cast<void>(fileDelete(backup_));
     return status_ == StatusOk;
 }
 
-bool ProtectedWrite::swapIn() {
+void ProtectedWrite::swapIn() {
     FileFacts facts;
     FileResult const asked = qvPlatform::queryFile(target().name(), Links::follow, facts);
     bool const hasMain = asked.good();
     if (hasMain ? facts.kind != FileKind::file : asked.outcome != qvPlatform::FileOutcome::notFound) {
         status_ = StatusNoBackup;
-        return true;
+        return;
     }
     if (!makeDurable(temp_, hasMain ? &facts : nullptr)) {
         status_ = StatusNotWritable;
-        return true;
+        return;
     }
+    backupIsSpare_ = hasMain;
     if (hasMain && !move(target(), backup_)) {
         status_ = StatusNoBackup;
-        return true;
+        return;
     }
-    bool isMainWhole = true;
     if (!move(temp_, target())) {
         status_ = StatusNotWritable;
         // Where nothing was replaced, only a copy has left something: what a renaming met is somebody else's.
         if (hasMain || !isOneDirectory(temp_, target()))
             static_cast<void>(fileDelete(target()));
-        isMainWhole = !hasMain || move(backup_, target());
+        backupIsSpare_ = hasMain && move(backup_, target());
     }
     static_cast<void>(qvPlatform::syncDirectory(target().dirname()));
-    return isMainWhole;
 }
 
 } // namespace qvOS

@@ -72,8 +72,7 @@ private:
     QV_NO_EXPORT Filename const & target() const { return resolved_.name().isEmpty() ? main_ : resolved_; }
     QV_NO_EXPORT void lookAtMain();
     QV_NO_EXPORT void prepareTempDirectory();
-    // Whether what lies under the name then is whole, the old or the new.
-    QV_NO_EXPORT bool swapIn();
+    QV_NO_EXPORT void swapIn();
 
     Filename main_;
     Filename temp_;
@@ -82,7 +81,8 @@ private:
     bool initialized_ = false;
     bool valid_ = true;
     bool useCopy_ = false;
-    Filename resolved_; // what main_ leads to where that is a link, else empty
+    bool backupIsSpare_ = false; // a backup was made, and does not hold the last whole contents
+    Filename resolved_;          // what main_ leads to where that is a link, else empty
 };
 
 } // namespace qvOS

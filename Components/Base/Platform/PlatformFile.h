@@ -83,9 +83,9 @@ TransferResult readSome(Descriptor descriptor, std::span<MutablePiece const> pie
 TransferResult writeAll(Descriptor descriptor, std::span<ConstantPiece const> pieces);
 
 FileResult seekTo(Descriptor descriptor, std::int64_t position);
-FileResult seekToEnd(Descriptor descriptor);
 
-// -1 where the descriptor has no position.
+// The position; -1 where the descriptor has none.
+std::int64_t seekToEnd(Descriptor descriptor);
 std::int64_t currentPosition(Descriptor descriptor);
 
 // In bytes; -1 when the name leads to nothing.

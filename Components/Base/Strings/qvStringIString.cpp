@@ -79,12 +79,7 @@ IString::IString(unsigned n, wchar_t c) : body_(nullptr) {
 }
 IString::IString(IString const & other)
     : String(other), body_(new Body(WideText(text::beforeZero<WideText>(other.body_->text)))) {}
-IString::IString(char const * text, Encoding encoding, bool * ok) : IString() {
-    if (text != nullptr)
-        convertFromMultibyte(text, encoding, ok);
-    else if (ok != nullptr)
-        *ok = true;
-}
+IString::IString(char const * text, Encoding encoding, bool * ok) : IString() { assign(text, encoding, ok); }
 IString::IString(CString const & text, Encoding encoding, bool * ok) : IString(text.asChar(), encoding, ok) {}
 IString::IString(char c, Encoding encoding, bool * ok) : IString(CString(c), encoding, ok) {}
 IString::IString(unsigned n, char c, Encoding encoding, bool * ok) : IString(CString(n, c), encoding, ok) {}
@@ -123,17 +118,18 @@ bool IString::isAscii() const {
 
 // ---- narrow forms
 
-void IString::convertFromMultibyte(char const * text, Encoding encoding, bool * ok) {
+// Gives whether the text has a wide form; else the string stays. The text may lie in the string's own narrow form.
+bool IString::convertFromMultibyte(char const * text, Encoding encoding, bool * ok) {
     if (ok != nullptr)
         *ok = text[0] == '\0';
     if (text[0] == '\0') {
         changing().text.clear();
-        return;
+        return true;
     }
     // There are never more units than bytes.
     std::size_t const room = std::strlen(text) + 1;
     if (room > largestSize)
-        return;
+        return false;
     wchar_t local[localSize];
     std::unique_ptr<wchar_t[]> large;
     wchar_t * buffer = local;
@@ -143,6 +139,7 @@ void IString::convertFromMultibyte(char const * text, Encoding encoding, bool * 
     // The counts of UTF-8 include the terminator.
     if (count > 0)
         text::assign(changing().text, WideView(buffer, encoding == UTF8 ? count - 1 : count), largestSize);
+    return count > 0;
 }
 
 void IString::convertToMultibyte(Encoding encoding, bool * ok) const {
@@ -212,10 +209,14 @@ IString & IString::assign(wchar_t c) {
     return *this;
 }
 IString & IString::assign(char const * text, Encoding encoding, bool * ok) {
-    return *this = IString(text, encoding, ok);
+    if (text == nullptr && ok != nullptr)
+        *ok = true;
+    if (text == nullptr || !convertFromMultibyte(text, encoding, ok))
+        changing().text.clear();
+    return *this;
 }
 IString & IString::assign(CString const & text, Encoding encoding, bool * ok) {
-    return *this = IString(text, encoding, ok);
+    return assign(text.asChar(), encoding, ok);
 }
 IString & IString::operator=(IString const & text) { return assign(text); }
 IString & IString::operator=(wchar_t const * text) { return assign(text); }

@@ -219,7 +219,7 @@ private:
         other.body_ = body;
     }
     QV_NO_EXPORT Body & changing();
-    QV_NO_EXPORT void convertFromMultibyte(char const * text, Encoding encoding, bool * ok);
+    QV_NO_EXPORT bool convertFromMultibyte(char const * text, Encoding encoding, bool * ok);
     QV_NO_EXPORT void convertToMultibyte(Encoding encoding, bool * ok) const;
     QV_NO_EXPORT unsigned formatFrom(unsigned initialSize, wchar_t const * fmt, std::va_list args);
     QV_NO_EXPORT unsigned formatFrom(unsigned initialSize, char const * fmt, std::va_list args);

@@ -50,7 +50,7 @@ public:
     int getKeysInSet(Key const & reference, qv::vector<Key> & out) const;
 
     /// The entries, for the sources of this folder only.
-    class Body;
+    class QV_NO_EXPORT Body;
     QV_NO_EXPORT Body & body() { return *body_; }
 
 private:

@@ -91,8 +91,8 @@ public:
     virtual void groupDestroyed(Group * group) = 0;
 
     // Emitted with true and false around every `doIt` and `undoIt` that has something to do, and around the destruction
-    // of every group. A callback that throws for `doIt` or `undoIt` ends it, behind a false for those who heard the
-    // true; the history stays when nothing had run.
+    // of every group. A callback that throws for `doIt` or `undoIt` ends it, behind a false for all, also for those
+    // whom the true did not reach; the history stays when nothing had run.
     qvRTB::SignalArg<bool> & getBusySignal() { return sigBusy_; }
     // Emitted with a group whose commands are gone, when it is about to leave the queue.
     qvRTB::SignalArg<Group *> & getGroupDestroyedSignal() { return sigGroupDestroyed_; }

@@ -14,9 +14,8 @@ ioBufferFD::~ioBufferFD() {
 void ioBufferFD::opened(qvPlatform::Descriptor descriptor) {
     isOpen_ = descriptor >= 0;
     descriptor_ = isOpen_ ? descriptor : qvPlatform::noDescriptor;
-    if (isOpen_) {
-        canSeek_ = qvPlatform::currentPosition(descriptor_) >= 0;
-    } else {
+    canSeek_.reset();
+    if (!isOpen_) {
         setStatus(ioBufferOpenFailed);
     }
 }
@@ -57,6 +56,13 @@ void ioBufferFD::takeFailure(qvPlatform::FileResult result) {
 }
 
 // --- input ---
+
+bool ioBufferFD::canReadAhead() const {
+    if (!canSeek_) {
+        canSeek_ = qvPlatform::currentPosition(descriptor_) >= 0;
+    }
+    return *canSeek_;
+}
 
 int ioBufferFD::readBlock(char * bytes, int count) {
     if (descriptor_ < 0) {
@@ -139,7 +145,13 @@ bool ioBufferFD::seek(std::int64_t position) {
     if (input()) {
         forgetBlocks();
     }
-    return (position < 0 ? qvPlatform::seekToEnd(descriptor_) : qvPlatform::seekTo(descriptor_, position)).good();
+    return position < 0 ? qvPlatform::seekToEnd(descriptor_) >= 0 : qvPlatform::seekTo(descriptor_, position).good();
+}
+
+std::int64_t ioBufferFD::seekToEnd() {
+    std::int64_t const end = qvPlatform::seekToEnd(descriptor_);
+    canSeek_ = end >= 0;
+    return end;
 }
 
 std::int64_t ioBufferFD::tell() { return qvPlatform::currentPosition(descriptor_); }

@@ -6,6 +6,8 @@
 #include "Base/DataFiles/Internal/ioBufferReadAhead.h"
 #include "Base/Platform/PlatformFile.h"
 
+#include <optional>
+
 // Output gathers blocks in the storage as input reads them ahead. What is gathered is written before the stream's
 // status is told, before the position is asked for or changed, at a flush and at close, and when the link is deleted.
 class ioBufferFD : public ioBufferReadAhead {
@@ -15,12 +17,14 @@ public:
     ~ioBufferFD() override;
     bool seek(std::int64_t position) override;
     std::int64_t tell() override;
+    // The position then, which is the size of the file; -1 where it has none.
+    std::int64_t seekToEnd();
     int bufferType() const override { return 0; }
     void close() override;
     int readBlock(char * bytes, int count) override;
     void writeBlock(char * bytes, int count) override;
 
-    bool canReadAhead() const override { return canSeek_; }
+    bool canReadAhead() const override;
     int tryRead(char * bytes, int count) override;
 
     // Sets ioBufferOpenFailed when the system refuses.
@@ -46,7 +50,7 @@ private:
     qvPlatform::Descriptor descriptor_ = qvPlatform::noDescriptor;
     bool isOpen_ = false;
     bool truncate_ = true;
-    bool canSeek_ = false;
+    mutable std::optional<bool> canSeek_; // asked for when it matters
 };
 
 #endif

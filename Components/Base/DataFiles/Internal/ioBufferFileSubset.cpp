@@ -15,8 +15,7 @@ void ioBufferFileSubset::open(qvString::IString const & name, std::int64_t start
         return;
     }
     // Asked of the very file that is open: its name may stand for another one by now.
-    std::int64_t const fileSize = inner_.seek(-1) ? inner_.tell() : -1;
-    if (fileSize - start < size) {
+    if (inner_.seekToEnd() - start < size) {
         setStatus(ioBufferEOF);
     } else {
         seek(0);

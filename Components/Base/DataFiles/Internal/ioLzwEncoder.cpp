@@ -105,8 +105,8 @@ void ioLzwEncoder::addHomes() {
     homeMask_ = homeMask_ << 2 | 3;
     std::fill_n(homes_, homeMask_ + 1, emptyHome);
     for (int code = nextFree_ - 1; code >= ioLzw::firstFreeCode; --code) {
-        if (code == twoZeros_) {
-            continue;
+        if (keyOf(strings_[code].parent, lastBytes_[code]) == 0) {
+            continue; // also one that is forgotten
         }
         Home & home = homes_[homeOf(strings_[code].parent, lastBytes_[code], homeMask_)];
         strings_[code].next = home.code;

@@ -42,6 +42,10 @@ public:
         if (progress_ != nullptr)
             progress_->set(std::min(static_cast<double>(done) / whole_, 1.0));
     }
+    void end() const {
+        if (progress_ != nullptr)
+            progress_->set(1);
+    }
 
 private:
     qvUtil::Progress * progress_;

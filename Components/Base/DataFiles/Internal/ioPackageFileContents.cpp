@@ -8,6 +8,7 @@
 #include "Base/OS/qvOSFileOperations.h"
 #include "Base/OS/qvOSFilename.h"
 #include "Base/Platform/PlatformFileSystem.h"
+#include "Base/Strings/Internal/Utf8.h"
 #include "Base/Utility/qvUtilProgress.h"
 
 #include <algorithm>
@@ -26,13 +27,12 @@ Error isThePackage() { return Error(15, "The source entry can not be in the pack
 
 // UTF-8 has no form for half of a pair, and what is put in its place would be the name of another entry.
 bool hasHalfPair(IString const & name) {
-    for (unsigned i = 0; i < name.length(); ++i) {
-        bool const isLead = name[i] >= 0xD800 && name[i] < 0xDC00;
-        bool const isTrail = name[i] >= 0xDC00 && name[i] < 0xE000;
-        bool const isPair = isLead && i + 1 < name.length() && name[i + 1] >= 0xDC00 && name[i + 1] < 0xE000;
-        if (isTrail || (isLead && !isPair))
+    wchar_t const * const end = name.asWChar() + name.length();
+    for (wchar_t const * at = name.asWChar(); at != end;) {
+        auto const [value, length] = qvString::utf8::decodeUnits(at, end);
+        if (length == 1 && qvString::utf8::isSurrogate(*at))
             return true;
-        i += isPair;
+        at += length;
     }
     return false;
 }
@@ -53,9 +53,8 @@ struct ioPackageFile::Source {
 IString ioPackageFile::cleanupName(IString const & name) const {
     IString clean;
     clean.assign(name);
-    for (unsigned i = 0; i < clean.length(); ++i)
-        if (name[i] == L'\\')
-            clean[i] = L'/';
+    for (unsigned i = clean.find(L'\\'); i != IString::npos; i = clean.find(L'\\', i))
+        clean[i] = L'/';
     unsigned start = clean.length() > 1 && clean[1] == L':' ? 2 : 0;
     // What is cut off in front is cut off over and over, and a drive may stand behind it again.
     wchar_t const * const text = clean.asWChar();
@@ -97,6 +96,57 @@ Error ioPackageFile::verifyAddEntry(IString const & name) const {
 
 // ---- Into the package
 
+// A new record that is free again, unless it gets its name.
+class ioPackageFile::NewRecord {
+public:
+    NewRecord(ioPackageFile & package, std::int64_t size) : package_(package), index_(package.createEntry(size)) {}
+    NewRecord(NewRecord const &) = delete;
+    NewRecord & operator=(NewRecord const &) = delete;
+    ~NewRecord() {
+        if (!isNamed_)
+            package_.freeEntry(index_);
+    }
+
+    std::int64_t offset() const { return package_.entries_[index_].offset_; }
+    void name(Source const & source) {
+        ioPackageFileEntry & entry = package_.entries_[index_];
+        entry.name_.assign(source.name);
+        entry.timestamp_ = source.timestamp;
+        entry.compressed_ = source.compressed;
+        package_.enterName(index_, source.name);
+        isNamed_ = true;
+    }
+
+private:
+    ioPackageFile & package_;
+    int index_;
+    bool isNamed_ = false;
+};
+
+// Makes a record for the source, in the place of one that has its name; `write` puts the bytes into the output, and
+// gives the failure of the source's side.
+template <class Write>
+Error ioPackageFile::putIntoPackage(Source const & source, Write write) {
+    if (Error const error = openPackageForOutput())
+        return error;
+    if (auto const place = directory_.find(source.name); place != directory_.end())
+        freeEntry(place->second);
+    NewRecord record(*this, source.size);
+    auto const notWritten = [&] { return Error(10, L"Error writing entry: %S", source.name.asWChar()); };
+    if (!output_.seek(record.offset()))
+        return notWritten();
+    Error const error = write();
+    output_.flush();
+    if (error)
+        return error;
+    if (!output_.good())
+        return notWritten();
+    record.name(source);
+    if (source.progress != nullptr)
+        source.progress->set(1);
+    return Error();
+}
+
 Error ioPackageFile::addEntry(IString const & file, IString const & wantedName, bool compress,
                               qvUtil::Progress * progress) {
     IString const name = cleanupName(wantedName);
@@ -134,73 +184,41 @@ Error ioPackageFile::addEntry(ioPackageFileSource const & source, IString const 
 
 Error ioPackageFile::copySourceIntoPackage(ioPackageFileSource::Impl & source, IString const & name,
                                            qvUtil::Progress * progress) {
+    Source const stored{name, source.size(), source.timestamp(), source.isCompressed(), progress};
+    if (auto const bytes = source.bytes())
+        return putIntoPackage(stored, [&] {
+            output_.writeData(bytes->data(), static_cast<int>(bytes->size()));
+            return Error();
+        });
     ioClosing<ioBufferedStreamInput> stream;
     if (Error const error = source.open(stream))
         return error;
-    return copyStreamIntoPackage(stream,
-                                 Source{name, source.size(), source.timestamp(), source.isCompressed(), progress});
+    return copyStreamIntoPackage(stream, stored);
 }
 
-// A new record that is free again, unless it gets its name.
-class ioPackageFile::NewRecord {
-public:
-    NewRecord(ioPackageFile & package, std::int64_t size) : package_(package), index_(package.createEntry(size)) {}
-    NewRecord(NewRecord const &) = delete;
-    NewRecord & operator=(NewRecord const &) = delete;
-    ~NewRecord() {
-        if (!isNamed_)
-            package_.freeEntry(index_);
-    }
-
-    std::int64_t offset() const { return package_.entries_[index_].offset_; }
-    void name(Source const & source) {
-        ioPackageFileEntry & entry = package_.entries_[index_];
-        entry.name_.assign(source.name);
-        entry.timestamp_ = source.timestamp;
-        entry.compressed_ = source.compressed;
-        package_.enterName(index_, source.name);
-        isNamed_ = true;
-    }
-
-private:
-    ioPackageFile & package_;
-    int index_;
-    bool isNamed_ = false;
-};
-
 Error ioPackageFile::copyStreamIntoPackage(ioBufferedStreamInput & stream, Source const & source) {
-    if (Error const error = openPackageForOutput())
-        return error;
-    if (auto const place = directory_.find(source.name); place != directory_.end())
-        freeEntry(place->second);
-    NewRecord record(*this, source.size);
-    auto const notWritten = [&] { return Error(10, L"Error writing entry: %S", source.name.asWChar()); };
-    if (!output_.seek(record.offset()))
-        return notWritten();
-    ioPackageCopy::Block const block(source.size);
-    ioPackageCopy::Report const report(source.progress, source.size);
-    std::int64_t copied = 0;
-    bool hasMore = false;
-    while (output_.good() && !hasMore) {
-        int const count = stream.readData(block.get(), block.size());
-        if (count <= 0)
-            break;
-        // What the source has grown by does not belong into the package, where somebody else's bytes may follow.
-        int const wanted = static_cast<int>(std::min<std::int64_t>(count, source.size - copied));
-        output_.writeData(block.get(), wanted);
-        copied += wanted;
-        report(copied);
-        hasMore = wanted < count;
-    }
-    output_.flush();
-    if (!ioPackageCopy::isSound(stream))
-        return Error(9, L"Error reading file for entry: %S", source.name.asWChar());
-    if (hasMore || stream.good() || copied != source.size)
-        return Error(16, L"While writing file for entry it changed size: %S", source.name.asWChar());
-    if (!output_.good())
-        return notWritten();
-    record.name(source);
-    return Error();
+    return putIntoPackage(source, [&] {
+        ioPackageCopy::Block const block(source.size);
+        ioPackageCopy::Report const report(source.progress, source.size);
+        std::int64_t copied = 0;
+        bool hasMore = false;
+        while (output_.good() && !hasMore) {
+            int const count = stream.readData(block.get(), block.size());
+            if (count <= 0)
+                break;
+            // What the source has grown by does not belong into the package, where somebody else's bytes may follow.
+            int const wanted = static_cast<int>(std::min<std::int64_t>(count, source.size - copied));
+            output_.writeData(block.get(), wanted);
+            copied += wanted;
+            report(copied);
+            hasMore = wanted < count;
+        }
+        if (!ioPackageCopy::isSound(stream))
+            return Error(9, L"Error reading file for entry: %S", source.name.asWChar());
+        if (hasMore || stream.good() || copied != source.size)
+            return Error(16, L"While writing file for entry it changed size: %S", source.name.asWChar());
+        return Error();
+    });
 }
 
 Error ioPackageFile::addEntry(ioPackageFileEntry const * entry, IString const & wantedName,
@@ -245,10 +263,16 @@ Error ioPackageFile::deleteEntry(IString const & name) {
 Error ioPackageFile::write(IString const & name, qvUtil::Progress * progress) {
     if (packageName_.isEmpty())
         return Error(3, "The package file has not been opened yet.");
+    // The entries are read by the package's name, whatever file that leads to by now.
     qvPlatform::FileFacts facts;
-    if (qvPlatform::queryFile(name, qvPlatform::Links::follow, facts).good() &&
-        (facts.identity == identity() || !qvPlatform::removeFile(name).good()))
-        return Error(4, "The pacakge is not writable.");
+    qvPlatform::FileFacts own;
+    if (qvPlatform::queryFile(name, qvPlatform::Links::follow, facts).good()) {
+        bool const isOwn = facts.identity == identity() ||
+                           (qvPlatform::queryFile(packageName_, qvPlatform::Links::follow, own).good() &&
+                            facts.identity == own.identity);
+        if (isOwn || !qvPlatform::removeFile(name).good())
+            return Error(4, "The pacakge is not writable.");
+    }
     ioPackageFile copy;
     if (Error const error = copy.open(name))
         return error;
@@ -260,13 +284,16 @@ Error ioPackageFile::write(IString const & name, qvUtil::Progress * progress) {
     if (Error const error = copy.update())
         return error;
     takeOver(copy);
+    if (progress != nullptr)
+        progress->set(1);
     return Error();
 }
 
 Error ioPackageFile::copyAllInto(ioPackageFile & copy, qvUtil::Progress * progress) const {
-    std::int64_t whole = 1;
+    std::int64_t whole = 0;
     for (auto const & [name, index] : directory_)
         whole += entries_[index].size_;
+    whole = std::max<std::int64_t>(whole, 1);
     for (auto const & [name, index] : directory_) {
         ioPackageFileEntry const & entry = entries_[index];
         qvUtil::Progress copying;

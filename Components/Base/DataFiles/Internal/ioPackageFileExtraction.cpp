@@ -20,7 +20,8 @@ using qvUtil::Error;
 
 namespace {
 
-constexpr std::int64_t mostPacked = 16384;
+// What unpacks is several times as much: for a stored size up to this, blocks have four times as many bytes.
+constexpr std::int64_t mostStoredForBlock = 16384;
 
 bool isSeparator(wchar_t c) { return c == L'/' || c == L'\\'; }
 
@@ -32,8 +33,10 @@ public:
     Target(Target const &) = delete;
     Target & operator=(Target const &) = delete;
     ~Target() {
-        if (!beside_.isEmpty())
-            qvPlatform::removeFile(beside_);
+        if (beside_.isEmpty())
+            return;
+        static_cast<void>(file_.close());
+        qvPlatform::removeFile(beside_);
     }
 
     // Never the package itself, nor a directory.
@@ -105,6 +108,7 @@ bool leadsOut(IString const & directory, IString const & file, unsigned tail) {
             return true;
         if (root[root.length() - 1] != Filename::separator())
             root.append(Filename::separator());
+        resolved.append(Filename::separator());
         if (resolved.find(root) != 0)
             return true;
     }
@@ -136,9 +140,8 @@ Error ioPackageFile::extractEntry(ioPackageFileEntry const * entry, IString cons
         return Error(2, L"Can not create file: %S", file.asWChar());
     auto const notWritten = [&] { return Error(10, L"Error writing file: %S", file.asWChar()); };
     std::int64_t written = 0;
-    // What unpacks is several times as much.
     bool const unpacks = entry->getCompressed();
-    ioPackageCopy::Block const block(unpacks ? std::min(entry->getSize(), mostPacked) * 4 : entry->getSize());
+    ioPackageCopy::Block const block(unpacks ? std::min(entry->getSize(), mostStoredForBlock) * 4 : entry->getSize());
     ioPackageCopy::Report const report(progress, unpacks ? entry->getSize() * 2 : entry->getSize());
     for (int count = 0; (count = input.readData(block.get(), block.size())) > 0;) {
         written += count;
@@ -148,7 +151,10 @@ Error ioPackageFile::extractEntry(ioPackageFileEntry const * entry, IString cons
     }
     if (!ioPackageCopy::isAtEnd(input) || (!unpacks && written != entry->getSize()))
         return Error(9, L"Error reading package file entry: %S", entry->getName().asWChar());
-    return target.finish() ? Error() : notWritten();
+    if (!target.finish())
+        return notWritten();
+    report.end();
+    return Error();
 }
 
 Error ioPackageFile::verifyExtractName(IString const & name) {
@@ -177,8 +183,12 @@ Error ioPackageFile::placeBelow(IString const & directory, IString const & name,
         return error;
     IString const root = rootOf(directory);
     Filename const tail(name);
+    // What folds to a drive is not joined but stands for itself.
+    if (tail.name().length() > 1 && tail.name()[1] == L':')
+        return ioPackageCopy::notAllowed(name);
     Filename const below{Filename(root), tail};
-    if (leadsOut(root, below.name(), tail.name().length()))
+    bool const isTooLong = below.name().length() >= static_cast<unsigned>(Filename::maxLength());
+    if (isTooLong || leadsOut(root, below.name(), tail.name().length()))
         return ioPackageCopy::notAllowed(name);
     file.assign(below.name());
     return Error();

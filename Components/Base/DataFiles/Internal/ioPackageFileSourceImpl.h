@@ -7,8 +7,9 @@
 #include "Base/OS/qvOSIOStream.h"
 #include "Base/Platform/PlatformFileSystem.h"
 
+#include <memory>
 #include <optional>
-#include <string>
+#include <string_view>
 
 class ioBufferedStreamInput;
 class ioBufferedStreamOutput;
@@ -23,7 +24,9 @@ public:
     qvUtil::Error pack(qvUtil::Progress * progress);
     // Reads a small file that is stored as it is. When that fails, the file will be met again on its way in.
     void load();
-    // Opens the bytes to be stored. Failures: 7.
+    // The bytes to be stored, where they lie in memory. Else they are to be opened.
+    std::optional<std::string_view> bytes() const { return ready_ ? ready_->bytes() : std::nullopt; }
+    // Failures: 7.
     qvUtil::Error open(ioBufferedStreamInput & stream);
 
     qvString::IString const & file() const { return file_; }
@@ -42,7 +45,11 @@ private:
         ~Ready() override;
 
         void open(ioBufferedStreamOutput & stream);
-        void open(ioBufferedStreamInput & stream);
+        // Of a file; what is in memory is there.
+        void open(ioBufferedStreamInput & stream) const;
+        std::optional<std::string_view> bytes() const {
+            return isInMemory_ ? std::optional(std::string_view(bytes_.get(), numBytes_)) : std::nullopt;
+        }
         // Reads a file of that size. False when it is another one.
         bool load(qvString::IString const & file, std::int64_t size);
         // Measures what was written. False when that fails.
@@ -51,13 +58,17 @@ private:
 
         static constexpr std::int64_t mostInMemory = 1 << 20;
 
+        // Nothing: what is written is taken from bytes().
         qvUtil::Error read(void * buffer, unsigned int size, unsigned int * count) override;
         qvUtil::Error write(void const * buffer, unsigned int size, unsigned int * count) override;
 
     private:
+        void makeRoom(std::size_t count);
+
         bool isInMemory_;
-        std::string bytes_;
-        std::size_t at_ = 0;
+        std::unique_ptr<char[]> bytes_;
+        std::size_t numBytes_ = 0;
+        std::size_t room_ = 0;
         std::int64_t size_ = 0;
         qvString::IString name_; // of the temporary file; empty when there is none to delete
     };

@@ -3,15 +3,43 @@
 
 #include "Base/DataFiles/ioPackageFile.h"
 
+#include "Base/Strings/Internal/WideText.h"
+
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <utility>
 
 using qvString::IString;
+using qvString::WideView;
 
 namespace {
 
 bool isEndMarker(IString const & name) { return name == L"."; }
+
+// A record to be entered. The key is the first that tells names apart, in one comparison of integers; names of the same
+// key, and all before keys are set, are compared whole.
+struct Named {
+    WideView name;
+    std::uint64_t key;
+    int index;
+
+    bool operator<(Named const & other) const { return key != other.key ? key < other.key : name < other.name; }
+};
+
+// The four units behind what all names begin with.
+void setKeys(qv::vector<Named> & named) {
+    WideView common = named.front().name;
+    for (Named const & record : named) {
+        auto const [end, ignored] = std::ranges::mismatch(common, record.name);
+        common = WideView(common.begin(), end);
+    }
+    for (Named & record : named) {
+        WideView const rest = record.name.substr(common.size(), 4);
+        for (std::size_t i = 0; i < 4; ++i)
+            record.key = record.key << 16 | (i < rest.size() ? rest[i] : 0);
+    }
+}
 
 // In a name a byte order mark is a character like others.
 void assignName(IString & to, char const * bytes) {
@@ -68,13 +96,27 @@ bool ioPackageFile::takeRecords(std::int64_t end) {
     }
     entries_.erase(entries_.begin() + kept, entries_.end());
     places_.setSize(kept);
-    for (int i = 0; i + 1 < kept; ++i)
-        if (!entries_[i].name_.isEmpty() && !enterName(i, entries_[i].name_)) {
-            directoryFault_ = "two records have one name";
-            return false;
-        }
     entries_.back().size_ = -1;
+    if (!enterAllNames()) {
+        directoryFault_ = "two records have one name";
+        return false;
+    }
     return true;
+}
+
+// In the order of the names: sorting what lies together is faster than looking for the place of each in the tree.
+bool ioPackageFile::enterAllNames() {
+    qv::vector<Named> named;
+    named.reserve(entries_.size() - 1 - freeCount_);
+    for (int i = 0; i + 1 < entries_.size(); ++i)
+        if (IString const & name = entries_[i].name_; !name.isEmpty())
+            named.append(Named{WideView(name.asWChar(), name.length()), 0, i});
+    if (!std::is_sorted(named.begin(), named.end())) {
+        setKeys(named);
+        std::sort(named.begin(), named.end());
+    }
+    return std::all_of(named.begin(), named.end(),
+                       [this](Named const & record) { return enterName(record.index, entries_[record.index].name_); });
 }
 
 // The end marker is where it is told, and in front of it the records lie without gap or overlap.

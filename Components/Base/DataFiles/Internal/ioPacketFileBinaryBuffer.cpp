@@ -126,23 +126,22 @@ void ioPacketFileBinaryBuffer::giveBack() {
 int ioPacketFileBinaryBuffer::readFromStream(ioReadContext & context, ioBufferedStreamInput & stream) {
     giveBack();
     auto & binary = static_cast<ioReadContextBinary &>(context);
-    int const id = binary.readStreamInt(stream);
-    int const flag = binary.readStreamInt(stream);
-    int const size = binary.readStreamInt(stream);
+    Frame frame;
+    binary.readStreamInts(stream, &frame.type, sizeof frame / sizeof frame.type);
     setType(nullptr);
     readingFrame_ = false;
     at_ = limit_ = body_ = bytes_.begin();
-    if (id < 0 || size < 0) {
+    if (frame.type < 0 || frame.size < 0) {
         return 0;
     }
-    setType(context.lookupType(id));
-    int const loaded = loadBody(stream, size);
+    setType(context.lookupType(frame.type));
+    int const loaded = loadBody(stream, frame.size);
     at_ = body_;
     setReadLimit(loaded);
     nesting_.clear();
     nesting_.append(Nesting{});
     nesting_.back().containerEnd = loaded;
-    return flag;
+    return frame.hasReference;
 }
 
 void ioPacketFileBinaryBuffer::endRead(ioReadContext &) {

@@ -157,14 +157,14 @@ IO_ORDERED_FIELD_TYPES(IO_DEFINE)
 #undef IO_DEFINE
 
 template <ioByteOrder order>
-int ioReadContextBinaryOrdered<order>::readStreamInt(ioBufferedStreamInput & stream) {
-    int value = 0;
-    char bytes[sizeof value];
-    if (stream.readData(bytes, sizeof bytes) != sizeof bytes) {
-        return 0;
+void ioReadContextBinaryOrdered<order>::readStreamInts(ioBufferedStreamInput & stream, std::int32_t * values,
+                                                       int count) {
+    constexpr int size = sizeof *values;
+    int const there = stream.readData(reinterpret_cast<char *>(values), count * size) / size;
+    std::fill(values + there, values + count, 0);
+    if constexpr (order == ioByteOrder::swapped) {
+        std::transform(values, values + there, values, reversed<std::int32_t>);
     }
-    std::memcpy(&value, bytes, sizeof value);
-    return ordered<order>(value);
 }
 
 template class ioReadContextBinaryOrdered<ioByteOrder::same>;

@@ -20,8 +20,8 @@ public:
     void readUCharArray(unsigned char * values, int count) override;
     char readRawChar() override;
 
-    // A 32-bit integer of a packet's frame, straight from the stream.
-    virtual int readStreamInt(ioBufferedStreamInput & stream) = 0;
+    // 32-bit integers of a packet's frame, straight from the stream; 0 for those that are not there as a whole.
+    virtual void readStreamInts(ioBufferedStreamInput & stream, std::int32_t * values, int count) = 0;
 
     using ioReadContext::readBool;
     using ioReadContext::readChar;
@@ -68,7 +68,7 @@ public:
     IO_ORDERED_FIELD_TYPES(IO_DECLARE)
 #undef IO_DECLARE
 
-    int readStreamInt(ioBufferedStreamInput & stream) override;
+    void readStreamInts(ioBufferedStreamInput & stream, std::int32_t * values, int count) override;
 
 private:
     template <typename T>

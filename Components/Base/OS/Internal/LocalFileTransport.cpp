@@ -255,10 +255,11 @@ Error LocalFileTransport::moveTo(FileTransport & target) {
 
 Error LocalFileTransport::deleteSelf() {
     FileResult removed;
-    if (!isDirectory())
-        removed = qvPlatform::removeFile(name_);
-    else if (isSymbolicLink())
+    bool const hasSeparator = name_.length() > 0 && name_[name_.length() - 1] == Filename::separator();
+    if ((isDirectory() || hasSeparator) && isSymbolicLink())
         removed = qvPlatform::removeFile(entryName());
+    else if (!isDirectory())
+        removed = qvPlatform::removeFile(name_);
     else
         removed = qvPlatform::removeDirectory(name_);
     if (removed.good())

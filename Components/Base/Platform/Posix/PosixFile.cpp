@@ -150,8 +150,9 @@ FileResult seekTo(Descriptor descriptor, std::int64_t position) {
     return posix::outcomeOfCall([&] { return ::lseek(descriptor, position, SEEK_SET); });
 }
 
-FileResult seekToEnd(Descriptor descriptor) {
-    return posix::outcomeOfCall([&] { return ::lseek(descriptor, 0, SEEK_END); });
+std::int64_t seekToEnd(Descriptor descriptor) {
+    int number = 0;
+    return repeated([&] { return ::lseek(descriptor, 0, SEEK_END); }, number);
 }
 
 std::int64_t currentPosition(Descriptor descriptor) {

@@ -2,14 +2,15 @@
 
 #include "Base/Platform/PlatformFileSystem.h"
 
+#include "Base/Platform/PlatformRandom.h"
 #include "Base/Platform/Posix/PosixCall.h"
 #include "Base/Strings/Internal/Utf8.h"
 #include "Base/Strings/Internal/WideText.h"
 
+#include <cerrno>
 #include <climits>
 #include <cstring>
 #include <fcntl.h>
-#include <sys/random.h>
 
 namespace qvPlatform {
 
@@ -97,14 +98,12 @@ FileResult makeUniqueFile(IString const & directory, IString const & prefix, Acc
     }
     FileResult result;
     for (int attempt = 0; attempt < attempts; ++attempt) {
-        unsigned digits = 0;
-        int number = 0;
-        posix::repeated([&] { return ::getrandom(&digits, sizeof digits, 0); }, number);
-        if (number != 0) {
-            return posix::outcomeOf(number);
+        std::uint32_t digits = 0;
+        if (!randomBits(digits)) {
+            return {FileOutcome::failed, EIO};
         }
         IString candidate;
-        candidate.format(L"%08X.tmp", digits);
+        candidate.format(L"%08X.tmp", static_cast<unsigned>(digits));
         candidate.prepend(start);
         result = posix::SystemName(candidate).run(
             [&](char const * path) { return descriptor = ::open(path, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode); });
