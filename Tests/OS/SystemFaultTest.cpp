@@ -127,10 +127,8 @@ TEST_P(SystemFaults, ThatEndTheProcessLeaveWholeContents) {
     for (bool const withOld : {true, false})
         for (int n = 0;; ++n) {
             reset(withOld);
-            bool const ended = qvTest::endsAt(n, [this] {
-                std::optional<ProtectedWrite> copy;
-                return save(copy);
-            });
+            std::optional<ProtectedWrite> copy; // made in the process that ends, and never destroyed there
+            bool const ended = qvTest::endsAt(n, [&] { return save(copy); });
             std::multiset<std::string> const all = contents();
             std::string const main = bytesOf(path("d/plan.dat"));
             ASSERT_TRUE(!withOld || all.count(oldContents) + all.count(newContents) > 0) << n;
