@@ -116,6 +116,7 @@ TEST_F(FileTest, TemporaryFilesAndDirectoriesGetNamesOfTheirOwn) {
         EXPECT_TRUE(names.insert(made).second);
         EXPECT_THAT(file.write("x", 1, nullptr), Succeeds());
         EXPECT_EQ(bytesOf(made), "x");
+        EXPECT_EQ(fs::status(made).permissions(), fs::perms(0600)); // nobody else's
     }
     setenv("TMPDIR", path("").c_str(), 1);
     File nameless(IString(L""));
