@@ -121,23 +121,25 @@ Error ioPackageFile::extractEntry(ioPackageFileEntry const * entry, IString cons
                                   qvUtil::Progress * progress) const {
     if (entry == nullptr)
         return Error();
-    IString const directory = Filename(file).dirname();
-    if (!directory.isEmpty()) {
+    closePackageForOutput();
+    Target target(file);
+    bool isOpen = target.open(entry->getPackageName());
+    // Mostly the directory is there: it is asked about only where that went wrong.
+    if (IString const directory = Filename(file).dirname(); !isOpen && !directory.isEmpty()) {
         if (Error const error = qvOS::File(directory).makeDirectoryAll())
             return Error(5, IString(error.message()));
+        isOpen = target.open(entry->getPackageName());
     }
-    closePackageForOutput();
     ioClosing<ioBufferedStreamInput> input;
     input.openPackageFileEntry(entry);
     if (!ioPackageCopy::isSound(input))
         return ioPackageCopy::couldNotReadEntry(entry->getName());
+    if (!isOpen)
+        return Error(2, L"Can not create file: %S", file.asWChar());
     if (entry->getCompressed()) {
         input.compress(true);
         input.checksum(true);
     }
-    Target target(file);
-    if (!target.open(entry->getPackageName()))
-        return Error(2, L"Can not create file: %S", file.asWChar());
     auto const notWritten = [&] { return Error(10, L"Error writing file: %S", file.asWChar()); };
     std::int64_t written = 0;
     bool const unpacks = entry->getCompressed();
