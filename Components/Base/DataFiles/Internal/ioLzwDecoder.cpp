@@ -112,17 +112,13 @@ void ioLzwDecoder::takeEnd(ioBuffer & source) {
 
 // --- strings
 
-// The next free code stands for the old one's string and one byte more.
-void ioLzwDecoder::add(char last) {
-    if (nextFree_ == ioLzw::codeLimit) {
-        return;
-    }
-    String const & old = strings_[oldCode_];
-    int const used = old.length % pieceSize;
+// The string of a code with one byte more.
+ioLzwDecoder::String ioLzwDecoder::followed(String const & string, int code, char last) {
+    int const used = string.length % pieceSize;
     auto const byte = std::uint64_t{static_cast<unsigned char>(last)} << (8 * used);
-    auto const length = static_cast<std::uint16_t>(old.length + 1);
-    strings_[nextFree_++] = used == 0 ? String{byte, static_cast<std::uint16_t>(oldCode_), length}
-                                      : String{old.piece | byte, old.ancestor, length};
+    auto const length = static_cast<std::uint16_t>(string.length + 1);
+    return used == 0 ? String{byte, static_cast<std::uint16_t>(code), length}
+                     : String{string.piece | byte, string.ancestor, length};
 }
 
 // Writes up to pieceSize - 1 bytes behind the string as well.
@@ -144,6 +140,71 @@ int ioLzwDecoder::drain(char * bytes, int count) {
     return piece;
 }
 
+// Takes codes as long as they are strings that are known and fit, and nothing else happens: the state is kept in
+// registers, which bytes written anywhere would forbid for that of the object. Gives the number of bytes.
+int ioLzwDecoder::decodeRun(char * bytes, int count, ioBuffer & source) {
+    if (oldCode_ == noCode || clearing_) {
+        return 0;
+    }
+    int done = 0;
+    int const room = count - pieceSize;
+    int const largestCode = width_.largestCode;
+    int next = nextFree_;
+    int old = oldCode_;
+    while (next <= largestCode) {
+        if (groupPosition_ == groupEnd_ && (source.numAvailable() < largestGroup || !readGroup(source))) {
+            break;
+        }
+        int const code = group_[groupPosition_];
+        // Together, as nobody can predict on which side of the two a code lies.
+        if ((code == ioLzw::clearCode) | (code == ioLzw::endCode) | (code >= next)) {
+            break;
+        }
+        String const & string = strings_[code];
+        if (room - done < string.length) {
+            break;
+        }
+        expand(string, bytes + done);
+        if (next < ioLzw::codeLimit) {
+            strings_[next++] = followed(strings_[old], old, bytes[done]);
+        }
+        ++groupPosition_;
+        old = code;
+        done += string.length;
+    }
+    nextFree_ = next;
+    oldCode_ = old;
+    return done;
+}
+
+// Takes the next code, whatever it is. Its string is held where it does not fit.
+int ioLzwDecoder::decodeOne(char * bytes, int count, ioBuffer & source) {
+    int const code = codeOfString(source);
+    if (code == noCode) {
+        return 0;
+    }
+    // A code that is only about to get its string stands for the old string and its own first byte.
+    bool const isNext = code == nextFree_;
+    String const & string = strings_[isNext ? oldCode_ : code];
+    int const length = string.length + (isNext ? 1 : 0);
+    bool const fits = count >= length + pieceSize;
+    char * const to = fits ? bytes : held_;
+    expand(string, to);
+    if (isNext) {
+        to[length - 1] = to[0];
+    }
+    if (oldCode_ != noCode && nextFree_ < ioLzw::codeLimit) {
+        strings_[nextFree_++] = followed(strings_[oldCode_], oldCode_, to[0]);
+    }
+    oldCode_ = code;
+    if (fits) {
+        return length;
+    }
+    heldPosition_ = 0;
+    heldEnd_ = length;
+    return drain(bytes, count);
+}
+
 int ioLzwDecoder::decode(char * bytes, int count, ioBuffer & source) {
     if (!started_) {
         started_ = true;
@@ -151,31 +212,8 @@ int ioLzwDecoder::decode(char * bytes, int count, ioBuffer & source) {
     }
     int done = drain(bytes, count);
     while (done < count && state_ == State::running) {
-        int const code = codeOfString(source);
-        if (code == noCode) {
-            break;
-        }
-        // A code that is only about to get its string stands for the old string and its own first byte.
-        bool const isNext = code == nextFree_;
-        String const & string = strings_[isNext ? oldCode_ : code];
-        int const length = string.length + (isNext ? 1 : 0);
-        bool const fits = count - done >= length + pieceSize;
-        char * const to = fits ? bytes + done : held_;
-        expand(string, to);
-        if (isNext) {
-            to[length - 1] = to[0];
-        }
-        if (oldCode_ != noCode) {
-            add(to[0]);
-        }
-        oldCode_ = code;
-        if (fits) {
-            done += length;
-        } else {
-            heldPosition_ = 0;
-            heldEnd_ = length;
-            done += drain(bytes + done, count - done);
-        }
+        done += decodeRun(bytes + done, count - done, source);
+        done += decodeOne(bytes + done, count - done, source);
     }
     return done;
 }

@@ -47,8 +47,10 @@ private:
     int nextCode(ioBuffer & source);
     bool readGroup(ioBuffer & source);
     int codeOfString(ioBuffer & source);
-    void add(char last);
+    static String followed(String const & string, int code, char last);
     void expand(String const & string, char * to) const;
+    int decodeRun(char * bytes, int count, ioBuffer & source);
+    int decodeOne(char * bytes, int count, ioBuffer & source);
     int drain(char * bytes, int count);
 
     static constexpr int noCode = -1;
