@@ -31,9 +31,13 @@ enum class Filter { compress, checksum, encrypt };
 using Filters = std::vector<Filter>;
 
 void push(ioBufferedStream & stream, Filter filter, bool on = true) {
-    static constexpr void (ioBufferedStream::*forms[])(bool) = {
-        &ioBufferedStream::compress, &ioBufferedStream::checksum, &ioBufferedStream::encrypt};
-    (stream.*forms[static_cast<int>(filter)])(on);
+    if (filter == Filter::compress) {
+        stream.compress(on);
+    } else if (filter == Filter::checksum) {
+        stream.checksum(on);
+    } else {
+        stream.encrypt(on);
+    }
 }
 
 void pushAll(ioBufferedStream & stream, Filters const & filters) {
