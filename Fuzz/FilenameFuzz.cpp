@@ -66,5 +66,10 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const * data, std::size_t siz
     if (!ioPackageFile::placeBelow(IString(L"/d"), name, place)) {
         require(place.find(L"/d/") == 0 && staysBelow(place));
     }
+    // Below the directory at hand.
+    if (!ioPackageFile::placeBelow(IString(), name, place)) {
+        bool const isRelative = place[0] != L'/' && (place.length() < 2 || place[1] != L':');
+        require(isRelative && staysBelow(IString(L"/d/") + place));
+    }
     return 0;
 }
