@@ -53,7 +53,6 @@ Preparation::Slot Preparation::prepare(FileToAdd const & file) {
     std::int64_t counted = 0;
     auto const count = [&](qvUtil::Progress & at) {
         auto const now = static_cast<std::int64_t>(at.get() * static_cast<double>(file.size));
-        std::lock_guard const lock(mutex_);
         bytes_ += now - counted;
         counted = now;
     };
@@ -127,9 +126,8 @@ void Preparation::takeReady(std::function<void(std::int64_t)> const & waiting) {
     nextInHand_ = 0;
     std::unique_lock lock(mutex_);
     while (!ready_.wait_for(lock, std::chrono::milliseconds(100), [&] { return nextSlot().isReady; })) {
-        std::int64_t const bytes = bytes_;
         lock.unlock();
-        waiting(bytes);
+        waiting(bytes_);
         lock.lock();
     }
     while (taken_ < begun_ && nextSlot().isReady) {

@@ -5,6 +5,7 @@
 
 #include "Base/DataFiles/ioPackageFileSource.h"
 
+#include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <exception>
@@ -56,14 +57,14 @@ private:
 
     std::vector<FileToAdd> const & files_;
     bool const compress_;
-    std::mutex mutex_;              // of all below
-    std::condition_variable ready_; // a file that is waited for
-    std::condition_variable room_;  // for more files ahead
-    std::vector<Slot> slots_;       // of the files that are ahead, in a ring
+    std::atomic<std::int64_t> bytes_ = 0; // read so far
+    std::mutex mutex_;                    // of all below
+    std::condition_variable ready_;       // a file that is waited for
+    std::condition_variable room_;        // for more files ahead
+    std::vector<Slot> slots_;             // of the files that are ahead, in a ring
     std::size_t begun_ = 0;
     std::size_t taken_ = 0;
     std::int64_t ahead_ = 0; // bytes of the files that are begun and not taken
-    std::int64_t bytes_ = 0; // read so far
     std::size_t numIdle_ = 0;
     bool isEnding_ = false;
     std::vector<std::thread> workers_;
