@@ -110,7 +110,7 @@ TEST(FileSlice, SeeksAndTellsInTheRange) {
             in.resetStatus();
         }
     }
-    ioBufferFileSubset link;
+    ioBufferFileSubset link(0);
     link.open(wide(scratch.path("file")), 5, 10);
     char bytes[20];
     EXPECT_EQ(10, link.readBlock(bytes, 20));

@@ -38,7 +38,7 @@ void ioBufferedStreamInput::openIOStream(qvOS::IOStream * stream) {
 
 void ioBufferedStreamInput::openFileSlice(qvString::IString const & name, std::int64_t start, std::int64_t size) {
     close();
-    auto * const end = new ioBufferFileSubset;
+    auto * const end = new ioBufferFileSubset(size);
     end->open(name, start, size);
     adopt(end);
     if (getStatus() == ioStreamEOF) {

@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
-ioBufferFD::ioBufferFD(ioBufferDirection direction) : ioBufferReadAhead(direction) {}
+ioBufferFD::ioBufferFD(ioBufferDirection direction, Blocks blocks)
+    : ioBufferReadAhead(direction, blocks == Blocks::used ? largestStorage : 0) {}
 
 ioBufferFD::~ioBufferFD() {
     if (!input()) {
@@ -108,7 +109,7 @@ void ioBufferFD::writeBlock(char * bytes, int count) {
 
 void ioBufferFD::passBlock(int count) {
     setBlock(block() + count, 0, 0);
-    if (storage() + storageSize - block() < blockSize) {
+    if (storage() + storageSize() - block() < blockSize) {
         settle();
     }
     countBlock(count);
@@ -129,7 +130,7 @@ void ioBufferFD::settle() {
 int ioBufferFD::writeLarge(char const * bytes, int count) {
     constexpr int mostAtOnce = 1 << 30;
     int const whole = wholeBlocks(std::min(count, mostAtOnce));
-    if (whole < storageSize) {
+    if (whole < storageSize()) {
         return 0;
     }
     int const held = position();

@@ -12,7 +12,9 @@
 // status is told, before the position is asked for or changed, at a flush and at close, and when the link is deleted.
 class ioBufferFD : public ioBufferReadAhead {
 public:
-    explicit ioBufferFD(ioBufferDirection direction);
+    // Unused are the blocks of a link that another one asks for raw transfers only.
+    enum class Blocks { used, unused };
+    explicit ioBufferFD(ioBufferDirection direction, Blocks blocks = Blocks::used);
     // Leaves the descriptor open, and loses what is in the block.
     ~ioBufferFD() override;
     bool seek(std::int64_t position) override;

@@ -9,7 +9,10 @@
 // opening on; resume makes what is there readable.
 class ioBufferFileSubset : public ioBufferReadAhead {
 public:
-    ioBufferFileSubset() : ioBufferReadAhead(ioBufferDirection::input), inner_(ioBufferDirection::input) {}
+    // For a range of so many bytes.
+    explicit ioBufferFileSubset(std::int64_t size)
+        : ioBufferReadAhead(ioBufferDirection::input, size),
+          inner_(ioBufferDirection::input, ioBufferFD::Blocks::unused) {}
     // Beyond the end, and below 0: false and ioBufferEOF.
     bool seek(std::int64_t position) override;
     std::int64_t tell() override;

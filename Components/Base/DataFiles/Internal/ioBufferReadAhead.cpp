@@ -3,8 +3,18 @@
 #include <algorithm>
 #include <cstring>
 
-ioBufferReadAhead::ioBufferReadAhead(ioBufferDirection direction)
-    : ioBuffer(direction, storageSize), aheadEnd_(storage()) {}
+namespace {
+
+int sizeFor(std::int64_t wanted, int largest) {
+    constexpr int block = ioBuffer::blockSize;
+    return static_cast<int>(std::clamp<std::int64_t>(wanted, 1, largest) + block - 1) / block * block;
+}
+
+} // namespace
+
+ioBufferReadAhead::ioBufferReadAhead(ioBufferDirection direction, std::int64_t wanted)
+    : ioBuffer(direction, sizeFor(wanted, largestStorage)), storageSize_(sizeFor(wanted, largestStorage)),
+      aheadEnd_(storage()) {}
 
 // Makes the next block of what was read the current one. Blocks are counted as the reader comes to them, however many
 // were read at once.
@@ -17,7 +27,7 @@ void ioBufferReadAhead::enterNextBlock() {
 void ioBufferReadAhead::fillBlock() {
     if (numAhead() == 0) {
         forgetBlocks();
-        aheadEnd_ += std::max(0, readBlock(storage(), canReadAhead() ? storageSize : blockSize));
+        aheadEnd_ += std::max(0, readBlock(storage(), canReadAhead() ? storageSize_ : blockSize));
     }
     enterNextBlock();
 }
@@ -38,7 +48,7 @@ void ioBufferReadAhead::forgetBlocks() {
 // the next fill will meet that itself. What is held already is moved to the end of the storage's first block, so that
 // whole blocks are read into whole blocks.
 bool ioBufferReadAhead::readAhead(int count) {
-    if (count > storageSize - blockSize || !canReadAhead() || !good()) {
+    if (count > storageSize_ - blockSize || !canReadAhead() || !good()) {
         return false;
     }
     char const * const at = available();
@@ -48,7 +58,7 @@ bool ioBufferReadAhead::readAhead(int count) {
     setBlock(start, 0, numAvailable());
     aheadEnd_ = start + held;
     while (aheadEnd_ - start < count) {
-        int const got = tryRead(aheadEnd_, static_cast<int>(storage() + storageSize - aheadEnd_));
+        int const got = tryRead(aheadEnd_, static_cast<int>(storage() + storageSize_ - aheadEnd_));
         if (got <= 0) {
             return false;
         }
@@ -74,7 +84,7 @@ char const * ioBufferReadAhead::takeInPlace(int count) {
 }
 
 int ioBufferReadAhead::readLarge(char * bytes, int count) {
-    if (wholeBlocks(count) < storageSize || numAhead() > 0) {
+    if (wholeBlocks(count) < storageSize_ || numAhead() > 0) {
         return 0;
     }
     dropBlock();

@@ -10,11 +10,13 @@
 // is read ahead by more than a block, and it is given back when the position is asked for.
 class ioBufferReadAhead : public ioBuffer {
 public:
-    explicit ioBufferReadAhead(ioBufferDirection direction);
+    // The storage has whole blocks, and holds so many bytes if that is not more than is worth while.
+    ioBufferReadAhead(ioBufferDirection direction, std::int64_t wanted);
     char const * takeInPlace(int count) override;
 
 protected:
-    static constexpr int storageSize = 28 * blockSize; // from the heap: larger pieces would be mapped anew each time
+    static constexpr int largestStorage = 28 * blockSize; // from the heap: larger pieces would be mapped anew each time
+    int storageSize() const { return storageSize_; }
     static constexpr int wholeBlocks(int count) { return count - count % blockSize; }
 
     virtual bool canReadAhead() const = 0;
@@ -37,6 +39,7 @@ private:
     // What was read and lies behind the current block.
     int numAhead() const { return static_cast<int>(aheadEnd_ - block()) - limit(); }
 
+    int storageSize_;
     char * aheadEnd_;
 };
 
