@@ -85,11 +85,11 @@ IString directoryOf(IString const & file) {
 
 ioPackageFile::ioPackageFile() { reset(); }
 
-ioPackageFile::~ioPackageFile() { closePackageForOutput(); }
+ioPackageFile::~ioPackageFile() { close(); }
 
 // The state of a new object.
 void ioPackageFile::reset() {
-    closePackageForOutput();
+    close();
     packageName_ = IString();
     fileDevice_ = 0;
     fileNumber_ = 0;
@@ -107,7 +107,10 @@ void ioPackageFile::reset() {
 
 qvPlatform::FileIdentity ioPackageFile::identity() const { return {fileDevice_, fileNumber_}; }
 
-void ioPackageFile::close() { closePackageForOutput(); }
+void ioPackageFile::close() {
+    closePackageForOutput();
+    input_.close();
+}
 
 // ---- Opening
 
@@ -157,6 +160,7 @@ Error ioPackageFile::openPackageForOutput() {
         closePackageForOutput();
     if (outputOpen_)
         return Error();
+    input_.close();
     output_.resetStatus();
     output_.truncateOnOpen(false);
     output_.openFile(packageName_);

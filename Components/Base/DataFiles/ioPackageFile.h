@@ -5,14 +5,13 @@
 
 #include "Base/Containers/qvMap.h"
 #include "Base/Containers/qvVector.h"
+#include "Base/DataFiles/ioBufferedStreamInput.h"
 #include "Base/DataFiles/ioBufferedStreamOutput.h"
 #include "Base/DataFiles/ioPackageFileEntry.h"
 #include "Base/DataFiles/ioPackageFileSource.h"
 #include "Base/Utility/qvUtilError.h"
 
 #include <cstdint>
-
-class ioBufferedStreamInput;
 
 namespace qvPlatform {
 struct FileIdentity;
@@ -111,8 +110,8 @@ public:
     qvUtil::Error deleteEntry(qvString::IString const & name);
 
     // Writes what an entry holds to a file, whose directory is created. The file gets its name when it is whole: a
-    // failure leaves what was there. A null entry is no failure. With a limit, contents of more bytes give 10.
-    // Failures: 2, 5, 7, 9, 10.
+    // failure leaves what was there. The package's file may stay open until the next change or close(). A null entry is
+    // no failure. With a limit, contents of more bytes give 10. Failures: 2, 5, 7, 9, 10.
     qvUtil::Error extractEntry(ioPackageFileEntry const * entry, qvString::IString const & file,
                                std::int64_t limit = noLimit, qvUtil::Progress * progress = nullptr) const;
     // Writes all entries, in the order of their names, to files below a directory, up to the first failure. An entry
@@ -190,6 +189,7 @@ private:
     QV_NO_EXPORT qvUtil::Error copyStreamIntoPackage(ioBufferedStreamInput & stream, Source const & source);
     QV_NO_EXPORT qvUtil::Error copyAllInto(ioPackageFile & copy, qvUtil::Progress * progress) const;
     QV_NO_EXPORT void takeOver(ioPackageFile & other);
+    QV_NO_EXPORT ioBufferedStreamInput & inputAt(std::int64_t offset) const;
 
     qvString::IString packageName_; // empty while no package is open
     std::uint64_t fileDevice_ = 0;  // of the file, which tell it from others
@@ -203,9 +203,11 @@ private:
     qv::vector<int *> places_;               // of each record the number in directory_, null for one without a name
     char const * directoryFault_ = nullptr;  // of the last directory that was read
     int freeCount_ = 0;                      // records with an empty name
-    // Reading closes the output first, so that a second descriptor sees all bytes.
+    // Reading closes the output first, so that a second descriptor sees all bytes, and writing the input.
     mutable ioBufferedStreamOutput output_;
     mutable bool outputOpen_ = false;
+    mutable ioBufferedStreamInput input_;  // what is extracted as it is stored
+    mutable std::int64_t inputOffset_ = 0; // where the next byte of it stands in the file
 };
 
 #endif

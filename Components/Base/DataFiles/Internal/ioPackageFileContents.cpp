@@ -307,8 +307,8 @@ Error ioPackageFile::copyAllInto(ioPackageFile & copy, qvUtil::Progress * progre
 
 // What another object knows of its package becomes what this one knows.
 void ioPackageFile::takeOver(ioPackageFile & other) {
-    closePackageForOutput();
-    other.closePackageForOutput();
+    close();
+    other.close();
     packageName_.swap(other.packageName_);
     std::swap(fileDevice_, other.fileDevice_);
     std::swap(fileNumber_, other.fileNumber_);

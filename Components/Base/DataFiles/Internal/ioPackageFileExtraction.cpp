@@ -117,6 +117,20 @@ bool leadsOut(IString const & directory, IString const & file, unsigned tail) {
 
 } // namespace
 
+// The bytes of the package from there on; none where they cannot be sought. A chain that has failed stays so; a new one
+// goes on.
+ioBufferedStreamInput & ioPackageFile::inputAt(std::int64_t offset) const {
+    bool const isFlowing = input_.isOpen() && input_.good();
+    if (isFlowing && inputOffset_ == offset)
+        return input_;
+    if (!isFlowing)
+        input_.openFile(packageName_);
+    if (input_.isOpen() && !input_.seek(offset))
+        input_.close();
+    inputOffset_ = offset;
+    return input_;
+}
+
 Error ioPackageFile::extractEntry(ioPackageFileEntry const * entry, IString const & file, std::int64_t limit,
                                   qvUtil::Progress * progress) const {
     if (entry == nullptr)
@@ -130,28 +144,39 @@ Error ioPackageFile::extractEntry(ioPackageFileEntry const * entry, IString cons
             return Error(5, IString(error.message()));
         isOpen = target.open(entry->getPackageName());
     }
-    ioClosing<ioBufferedStreamInput> input;
-    input.openPackageFileEntry(entry);
+    // Entries of this package that are stored as they are follow one another in one stream.
+    bool const unpacks = entry->getCompressed();
+    bool const isKept = entry->getPackage() == this && !unpacks;
+    ioClosing<ioBufferedStreamInput> slice;
+    if (!isKept)
+        slice.openPackageFileEntry(entry);
+    ioBufferedStreamInput & input = isKept ? inputAt(entry->getOffset()) : slice;
     if (!ioPackageCopy::isSound(input))
         return ioPackageCopy::couldNotReadEntry(entry->getName());
     if (!isOpen)
         return Error(2, L"Can not create file: %S", file.asWChar());
-    if (entry->getCompressed()) {
+    if (unpacks) {
         input.compress(true);
         input.checksum(true);
     }
     auto const notWritten = [&] { return Error(10, L"Error writing file: %S", file.asWChar()); };
     std::int64_t written = 0;
-    bool const unpacks = entry->getCompressed();
     ioPackageCopy::Block const block(unpacks ? std::min(entry->getSize(), mostStoredForBlock) * 4 : entry->getSize());
     ioPackageCopy::Report const report(progress, unpacks ? entry->getSize() * 2 : entry->getSize());
-    for (int count = 0; (count = input.readData(block.get(), block.size())) > 0;) {
+    for (;;) {
+        std::int64_t const left = isKept ? entry->getSize() - written : block.size();
+        int const count = input.readData(block.get(), static_cast<int>(std::min<std::int64_t>(left, block.size())));
+        if (count <= 0)
+            break;
         written += count;
+        if (isKept)
+            inputOffset_ += count;
         if ((limit >= 0 && written > limit) || !target.write(block.get(), count))
             return notWritten();
         report(written);
     }
-    if (!ioPackageCopy::isAtEnd(input) || (!unpacks && written != entry->getSize()))
+    bool const isWhole = isKept || ioPackageCopy::isAtEnd(input);
+    if (!isWhole || (!unpacks && written != entry->getSize()))
         return Error(9, L"Error reading package file entry: %S", entry->getName().asWChar());
     if (!target.finish())
         return notWritten();
