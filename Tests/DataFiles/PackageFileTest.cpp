@@ -485,6 +485,28 @@ TEST_F(PackageFile, ExpandsNowhereElse) {
     EXPECT_EQ(bytesOf(path("fresh/deep/deep/er")), "x");
 }
 
+TEST_F(PackageFile, EntriesComeOutInsideTheReportOfAnother) {
+    std::string large;
+    for (int i = 0; large.size() < 900000; ++i)
+        large += std::to_string(i);
+    ASSERT_THAT(package_->open(name("p")), Succeeds());
+    ASSERT_THAT(add("large", large), Succeeds());
+    ASSERT_THAT(add("small", "contents"), Succeeds());
+    qvUtil::Progress progress;
+    int reports = 0;
+    auto const extractSmall = [&](qvUtil::Progress &) {
+        ++reports;
+        EXPECT_EQ(extracted(*package_, "small"), "contents");
+    };
+    progress.getSigUpdate().addCallback(extractSmall);
+    EXPECT_THAT(package_->extractEntry(package_->getEntry(wide("large")), name("big"), -1, &progress), Succeeds());
+    EXPECT_TRUE(bytesOf(path("big")) == large);
+    EXPECT_GT(reports, 2);
+    EXPECT_EQ(progress.get(), 1);
+    EXPECT_THAT(package_->extractEntry(package_->getEntry(2), name("end")),
+                FailsWith(7, "Could not read package file entry: .\n"));
+}
+
 TEST_F(PackageFile, BeyondFourGigabytes) {
     constexpr std::int64_t big = std::int64_t{5} << 30;
     writeBytes(path("p"), header + pointerText(dataOffset + big));

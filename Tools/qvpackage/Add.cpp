@@ -189,13 +189,15 @@ Status add(AddOptions const & options, std::string const & package, std::vector<
         else
             static_cast<void>(change.finish());
     };
+    bool isWhole = false;
     try {
-        if (addAll(change.package(), collector, options, status))
-            return change.finish() ? status : unusable;
+        isWhole = addAll(change.package(), collector, options, status);
     } catch (...) {
         end();
         throw;
     }
+    if (isWhole)
+        return change.finish() ? status : unusable;
     end();
     return unusable;
 }

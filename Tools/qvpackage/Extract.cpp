@@ -52,7 +52,8 @@ private:
         unsigned const last = name.rfind(L'/') + 1; // 0 without any
         bool const isNormal = last < name.length() && qvOS::Filename(name).name() == name;
         qvString::IString const folder = isNormal ? name.substr(0, last) : qvString::IString();
-        if (!folder.isEmpty() && folder == folder_) {
+        bool const fits = place_.length() + name.length() - last < static_cast<unsigned>(qvOS::Filename::maxLength());
+        if (!folder.isEmpty() && folder == folder_ && fits) {
             file = place_;
             file.append(name.substr(last));
             return ioPackageFile::verifyExtractName(name);

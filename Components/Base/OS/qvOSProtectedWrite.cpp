@@ -142,18 +142,20 @@ void ProtectedWrite::swapIn() {
         status_ = StatusNotWritable;
         return;
     }
-    backupIsSpare_ = hasMain;
+    backupIsSpare_ = hasMain; // at most a copy
     if (hasMain && !move(target(), backup_)) {
         status_ = StatusNoBackup;
         return;
     }
-    if (!move(temp_, target())) {
+    backupIsSpare_ = false;
+    bool const isIn = move(temp_, target());
+    if (!isIn) {
         status_ = StatusNotWritable;
         // Where nothing was replaced, only a copy has left something: what a renaming met is somebody else's.
         if (hasMain || !isOneDirectory(temp_, target()))
             static_cast<void>(fileDelete(target()));
-        backupIsSpare_ = hasMain && move(backup_, target());
     }
+    backupIsSpare_ = hasMain && (isIn || move(backup_, target()));
     static_cast<void>(qvPlatform::syncDirectory(target().dirname()));
 }
 

@@ -143,7 +143,7 @@ int ioLzwDecoder::drain(char * bytes, int count) {
 // Takes codes as long as they are strings that are known and fit, and nothing else happens: the state is kept in
 // registers, which bytes written anywhere would forbid for that of the object. Gives the number of bytes.
 int ioLzwDecoder::decodeRun(char * bytes, int count, ioBuffer & source) {
-    if (oldCode_ == noCode || clearing_) {
+    if (oldCode_ == noCode) {
         return 0;
     }
     int done = 0;

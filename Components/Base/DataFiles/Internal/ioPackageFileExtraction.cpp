@@ -136,35 +136,37 @@ Error ioPackageFile::extractEntry(ioPackageFileEntry const * entry, IString cons
     if (entry == nullptr)
         return Error();
     closePackageForOutput();
-    Target target(file);
-    bool isOpen = target.open(entry->getPackageName());
-    // Mostly the directory is there: it is asked about only where that went wrong.
-    if (IString const directory = Filename(file).dirname(); !isOpen && !directory.isEmpty()) {
-        if (Error const error = qvOS::File(directory).makeDirectoryAll())
-            return Error(5, IString(error.message()));
-        isOpen = target.open(entry->getPackageName());
-    }
     // Entries of this package that are stored as they are follow one another in one stream.
     bool const unpacks = entry->getCompressed();
-    bool const isKept = entry->getPackage() == this && !unpacks;
+    bool const isKept = entry->getPackage() == this && !unpacks && entry->getSize() >= 0;
     ioClosing<ioBufferedStreamInput> slice;
     if (!isKept)
         slice.openPackageFileEntry(entry);
-    ioBufferedStreamInput & input = isKept ? inputAt(entry->getOffset()) : slice;
-    if (!ioPackageCopy::isSound(input))
+    bool const isReadable = ioPackageCopy::isSound(isKept ? inputAt(entry->getOffset()) : slice);
+    Target target(file);
+    bool isOpen = isReadable && target.open(entry->getPackageName());
+    // Mostly the directory is there: it is asked about only where something went wrong.
+    if (IString const directory = Filename(file).dirname(); !isOpen && !directory.isEmpty()) {
+        if (Error const error = qvOS::File(directory).makeDirectoryAll())
+            return Error(5, IString(error.message()));
+        isOpen = isReadable && target.open(entry->getPackageName());
+    }
+    if (!isReadable)
         return ioPackageCopy::couldNotReadEntry(entry->getName());
     if (!isOpen)
         return Error(2, L"Can not create file: %S", file.asWChar());
     if (unpacks) {
-        input.compress(true);
-        input.checksum(true);
+        slice.compress(true);
+        slice.checksum(true);
     }
     auto const notWritten = [&] { return Error(10, L"Error writing file: %S", file.asWChar()); };
     std::int64_t written = 0;
     ioPackageCopy::Block const block(unpacks ? std::min(entry->getSize(), mostStoredForBlock) * 4 : entry->getSize());
     ioPackageCopy::Report const report(progress, unpacks ? entry->getSize() * 2 : entry->getSize());
-    for (;;) {
+    while (!isKept || written < entry->getSize()) {
         std::int64_t const left = isKept ? entry->getSize() - written : block.size();
+        // Whoever hears the report may have extracted something else meanwhile.
+        ioBufferedStreamInput & input = isKept ? inputAt(entry->getOffset() + written) : slice;
         int const count = input.readData(block.get(), static_cast<int>(std::min<std::int64_t>(left, block.size())));
         if (count <= 0)
             break;
@@ -175,7 +177,7 @@ Error ioPackageFile::extractEntry(ioPackageFileEntry const * entry, IString cons
             return notWritten();
         report(written);
     }
-    bool const isWhole = isKept || ioPackageCopy::isAtEnd(input);
+    bool const isWhole = isKept || ioPackageCopy::isAtEnd(slice);
     if (!isWhole || (!unpacks && written != entry->getSize()))
         return Error(9, L"Error reading package file entry: %S", entry->getName().asWChar());
     if (!target.finish())

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 
 namespace {
 
@@ -126,8 +127,9 @@ void ioPacketFileBinaryBuffer::giveBack() {
 int ioPacketFileBinaryBuffer::readFromStream(ioReadContext & context, ioBufferedStreamInput & stream) {
     giveBack();
     auto & binary = static_cast<ioReadContextBinary &>(context);
-    Frame frame;
-    binary.readStreamInts(stream, &frame.type, sizeof frame / sizeof frame.type);
+    std::int32_t fields[sizeof(Frame) / sizeof(std::int32_t)];
+    binary.readStreamInts(stream, fields, std::size(fields));
+    Frame const frame{fields[0], fields[1], fields[2]};
     setType(nullptr);
     readingFrame_ = false;
     at_ = limit_ = body_ = bytes_.begin();
