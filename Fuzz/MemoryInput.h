@@ -13,7 +13,7 @@
 class MemoryInputEnd : public ioBufferReadAhead {
 public:
     MemoryInputEnd(std::uint8_t const * bytes, std::size_t size)
-        : ioBufferReadAhead(ioBufferDirection::input), bytes_(bytes), size_(size) {}
+        : ioBufferReadAhead(ioBufferDirection::input, largestStorage), bytes_(bytes), size_(size) {}
     int bufferType() const override { return 0; }
     void close() override {}
     int readBlock(char * to, int count) override {
