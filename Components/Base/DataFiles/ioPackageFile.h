@@ -110,9 +110,8 @@ public:
     qvUtil::Error deleteEntry(qvString::IString const & name);
 
     // Writes what an entry holds to a file, whose directory is created. The file gets its name when it is whole: a
-    // failure leaves what was there. The package's file may stay open until something
-    // is written or close(). A null entry is
-    // no failure. With a limit, contents of more bytes give 10. Failures: 2, 5, 7, 9, 10.
+    // failure leaves what was there. The package's file may stay open until something is written or close(). A null
+    // entry is no failure. With a limit, contents of more bytes give 10. Failures: 2, 5, 7, 9, 10.
     qvUtil::Error extractEntry(ioPackageFileEntry const * entry, qvString::IString const & file,
                                std::int64_t limit = noLimit, qvUtil::Progress * progress = nullptr) const;
     // Writes all entries, in the order of their names, to files below a directory, up to the first failure. An entry

@@ -58,7 +58,7 @@ public:
     /// Chooses the names. True when all is well; a second call only tells that again.
     bool init();
     /// Swaps the new contents in, and clears away. True when all is well; without init() nothing is done, and that is
-    /// well. The backup stays where the file itself could not be put back.
+    /// well. The backup that was made is deleted, unless the file itself could not be put back.
     bool finalize();
     /// The new contents are not to be used.
     void invalidate() { valid_ = false; }
